@@ -1,0 +1,21 @@
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+install(TARGETS tollan EXPORT TollanTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+  INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/tollan DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(EXPORT TollanTargets NAMESPACE Tollan:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Tollan)
+
+configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/TollanConfig.cmake.in
+  ${PROJECT_BINARY_DIR}/TollanConfig.cmake
+  INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Tollan)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/TollanConfigVersion.cmake
+  COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/TollanConfig.cmake ${PROJECT_BINARY_DIR}/TollanConfigVersion.cmake
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Tollan)
+
+configure_file(${PROJECT_SOURCE_DIR}/cmake/tollan.pc.in ${PROJECT_BINARY_DIR}/tollan.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/tollan.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

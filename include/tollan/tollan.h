@@ -1,0 +1,12 @@
+/* Tollan: every public library header in one include. */
+#ifndef TOLLAN_TOLLAN_H
+#define TOLLAN_TOLLAN_H
+
+#include <tollan/engine.h>
+#include <tollan/logger.h>
+#include <tollan/list.h>
+#include <tollan/fmtio.h>
+#include <tollan/utility.h>
+#include <tollan/timerengine.h>
+
+#endif

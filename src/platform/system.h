@@ -1,0 +1,28 @@
+// Facts about the process and the system, and the debugger-facing output.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace tollan::platform {
+
+// RtlGetVersion's major and minor version (uname's kernel release elsewhere).
+bool osVersion(uint32_t *major, uint32_t *minor) noexcept;
+// GetModuleHandle(NULL): the main program's handle; null on failure.
+void *mainProgramHandle() noexcept;
+// GetModuleFileNameA of the main program into buffer; the length, 0 on failure.
+size_t mainProgramFileName(char *buffer, size_t size) noexcept;
+// wShowWindow from the start-up information when given, else 10 (SW_SHOWDEFAULT).
+int startupShowWindowCode() noexcept;
+// RegisterWindowMessageA; process-local ids from 0xC000 up where there are no windows.
+uint32_t registerWindowMessage(const char *name) noexcept;
+// OutputDebugStringA.
+void debugOutput(const char *text) noexcept;
+// The text of a system error code (FormatMessageA / strerror_r).
+void systemErrorText(int code, char *buffer, size_t size) noexcept;
+// MessageBeep(0); the terminal bell elsewhere.
+int beep() noexcept;
+// ExitProcess.
+[[noreturn]] void exitProcess(int code) noexcept;
+
+}  // namespace tollan::platform

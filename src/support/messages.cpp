@@ -1,0 +1,43 @@
+#include "support/messages.h"
+
+namespace tollan::support {
+
+namespace {
+
+constexpr const char *kGeneralTexts[] = {
+    "No error has occurred",  // 0
+};
+
+constexpr const char *kRegistryTexts[] = {
+    "The registry key could not be opened, or the value is missing or of the wrong type",  // 77
+    "No registry key handle after opening the key",                                        // 78
+};
+
+constexpr MessageRange kGeneralMessages{0, kGeneralTexts};
+constexpr MessageRange kRegistryMessages{77, kRegistryTexts};
+
+// A subsystem adds its range here: its texts in a file of its own, exposed
+// as an `extern const MessageRange`, and one row below.
+constexpr const MessageRange *kRanges[] = {
+    &kGeneralMessages,
+    &kRegistryMessages,
+};
+
+}  // namespace
+
+const char *libraryMessage(int32_t number) noexcept
+{
+    for (const MessageRange *range : kRanges) {
+        int64_t index = static_cast<int64_t>(number) - range->first;
+        if (index >= 0 && index < static_cast<int64_t>(range->texts.size()))
+            return range->texts[static_cast<size_t>(index)];
+    }
+    return "Unknown message number";
+}
+
+std::span<const MessageRange *const> messageRanges() noexcept
+{
+    return kRanges;
+}
+
+}  // namespace tollan::support

@@ -1,0 +1,58 @@
+#include "engine/dll_entry.h"
+
+#include "engine/close_chain.h"
+#include "engine/engine_state.h"
+#include "engine/step_runner.h"
+#include "engine/thread_var_scheme.h"
+#include "engine/thread_vars.h"
+#include "logger/log.h"
+#include "platform/thread.h"
+
+namespace tollan::engine {
+namespace {
+
+constexpr TraceSite kDllMain{ZOR_LOG_DLLMAIN, "mgsource/window", "DllMain"};
+
+int32_t returning(int32_t result) noexcept
+{
+    TOLLAN_LOG(kDllMain.level, kDllMain.module, kDllMain.function, "Returning %d", result);
+    return result;
+}
+
+}  // namespace
+
+int32_t processAttach(void *moduleInstance) noexcept
+{
+    state.moduleInstance = moduleInstance;
+    ConfigureZORLoggerOnce();
+    TOLLAN_LOG(kDllMain.level, kDllMain.module, kDllMain.function, "DLL_PROCESS_ATTACH");
+    if (const StartupStep *failed = runStage(Stage::processAttach, kDllMain)) {
+        if (failed->onFailure == AttachFailure::closeAndRefuse) CloseRTDll();
+        return returning(0);
+    }
+    state.initialised.store(true);
+    return returning(1);
+}
+
+int32_t processDetach() noexcept
+{
+    TOLLAN_LOG(kDllMain.level, kDllMain.module, kDllMain.function, "DLL_PROCESS_DETACH");
+    state.detaching.store(true);
+    if (state.initialised.load()) {
+        CloseRTDll();
+        TOLLAN_LOG(kDllMain.level, kDllMain.module, kDllMain.function, "CloseRTDll returned");
+    }
+    runCleanups(CleanupPhase::afterClose);
+    return returning(1);
+}
+
+int32_t threadDetach() noexcept
+{
+    TOLLAN_LOG(kDllMain.level, kDllMain.module, kDllMain.function, "DLL_THREAD_DETACH: thread %d",
+               static_cast<int>(platform::currentThreadId()));
+    if (threadHasBlock()) runThreadCleanups();
+    threadVars().freeThreadBlock();
+    return returning(1);
+}
+
+}  // namespace tollan::engine

@@ -1,0 +1,27 @@
+// The exported module registration: user modules announce themselves when
+// they load and leave when they unload.
+#include <tollan/engine.h>
+
+#include "engine/engine_state.h"
+#include "engine/module_table.h"
+#include "engine/x87_control.h"
+
+using tollan::engine::runStateTable;
+using tollan::engine::state;
+
+int32_t InitZORRTDll(void *module, const ZORRunStateCallback *callbacks) noexcept
+{
+    if (!state.initialised.load()) return 0;
+    tollan::engine::maskX87Exceptions();
+    for (const ZORRunStateCallback *next = callbacks; next != nullptr && *next != nullptr; ++next)
+        runStateTable().add(*next, module);  // a full table drops the callback silently
+    runStateTable().start(module);
+    return 1;
+}
+
+int32_t CloseZORRTDll(void *module) noexcept
+{
+    if (state.closed.load()) return 1;
+    runStateTable().stop(module);
+    return 1;
+}

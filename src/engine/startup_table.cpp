@@ -1,0 +1,84 @@
+// The rows of the start-up chain, in start-up order.
+//
+// Adding a subsystem: declare its operations (noexcept) in its own header,
+// include it here and add one row where its step belongs, for example
+//
+//     {.name = "FmtIOLibInitOnce",
+//      .stage = Stage::runtimeLibraries,
+//      .initOnce = fmtio::FmtIOLibInitOnce,
+//      .trace = "FmtIOLibInitOnce returned",
+//      .failureCode = kLibraryInitFailed,
+//      .cleanup = {CleanupPhase::libraries, cleanup_rank::fmtio, fmtio::FmtIOLibCleanup},
+//      .threadCleanup = {thread_cleanup_rank::fmtio, fmtio::FmtIOLibThreadCleanup}},
+//
+// A step whose operation returns nothing is wrapped in a captureless lambda:
+//     .initOnce = []() noexcept { timing::SetupPCTimer(); return true; },
+// Fields left out mean: no trace, a failure does not stop the chain, no
+// clean-up, no per-thread clean-up. Shutdown and thread detach do not follow
+// the row order; they follow the phases and ranks of startup_table.h.
+#include "engine/startup_table.h"
+
+#include "engine/character_classes.h"
+#include "engine/detached_marker.h"
+#include "engine/frame_steps.h"
+#include "engine/init_chain.h"
+#include "engine/library_slot.h"
+
+namespace tollan::engine {
+namespace {
+
+constexpr StartupStep kSteps[] = {
+    // --- DllMain -------------------------------------------------------
+    {.name = "AllocCrossLibraryThreadVarSlots",
+     .stage = Stage::processAttach,
+     .initOnce = AllocCrossLibraryThreadVarSlots,
+     .trace = "AllocCrossLibraryThreadVarSlots returned",
+     .onFailure = AttachFailure::refuse,
+     .cleanup = {CleanupPhase::threadVariables, 0, releaseCrossLibraryThreadVarSlots},
+     .threadCleanup = {thread_cleanup_rank::librarySlot, freeLibrarySlotValue}},
+    {.name = "InitRTDll",
+     .stage = Stage::processAttach,
+     .initOnce = InitRTDll,
+     .trace = "InitRTDll returned",
+     .onFailure = AttachFailure::closeAndRefuse},
+    {.name = "SetupZORRTEHasBeenDetachedShmem",
+     .stage = Stage::processAttach,
+     .initOnce = SetupZORRTEHasBeenDetachedShmem,
+     .trace = "SetupZORRTEHasBeenDetachedShmem returned",
+     .onFailure = AttachFailure::closeAndRefuse,
+     .cleanup = {CleanupPhase::afterClose, 0, CleanupZORRTEHasBeenDetachedShmem,
+                 "CleanupZORRTEHasBeenDetachedShmem returned"}},
+
+    // --- WInitApp ------------------------------------------------------
+    {.name = "QXInitMainThreadId",
+     .stage = Stage::initApp,
+     .initOnce = QXInitMainThreadId,
+     .trace = "QXInitMainThreadId returned"},
+    {.name = "InitSupport",
+     .stage = Stage::initApp,
+     .initOnce = InitSupport,
+     .trace = "InitSupport returned"},
+    {.name = "HostModule",
+     .stage = Stage::initApp,
+     .initOnce = rememberHostModule,
+     .failureCode = kDebugLinkFailed},
+    {.name = "InitAsyncAndMTProtection",
+     .stage = Stage::initApp,
+     .initOnce = InitAsyncAndMTProtection,
+     .trace = "InitAsyncAndMTProtection returned",
+     .cleanup = {CleanupPhase::protection, cleanup_rank::asyncProtectionFlag, endAsyncProtection}},
+
+    // --- WMain ---------------------------------------------------------
+    {.name = "RuntimeLibrariesReady",
+     .stage = Stage::runtimeLibraries,
+     .initOnce = markRuntimeLibrariesReady},
+};
+
+}  // namespace
+
+std::span<const StartupStep> startupSteps() noexcept
+{
+    return kSteps;
+}
+
+}  // namespace tollan::engine

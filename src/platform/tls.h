@@ -16,7 +16,9 @@ bool tlsSet(TlsIndex index, void *value) noexcept;
 // The engine's thread-detach handler. On Windows DllMain calls it for every
 // thread that ends; elsewhere it runs at the exit of every thread that called
 // armThreadExit() (the thread-variable block does so when it is created).
-void setThreadExitHandler(void (*handler)()) noexcept;
+// Returns the handler it replaces.
+using ThreadExitHandler = void (*)();
+ThreadExitHandler setThreadExitHandler(ThreadExitHandler handler) noexcept;
 void armThreadExit() noexcept;
 
 }  // namespace tollan::platform

@@ -1,0 +1,70 @@
+// Named mutexes: a recursive, robust, process-shared pthread mutex inside a
+// shared region. A mutex whose owner died is handed to the next waiter, as
+// Windows hands over an abandoned mutex.
+#include <pthread.h>
+
+#include <cerrno>
+#include <new>
+
+#include "platform/event.h"
+#include "platform/posix/deadline.h"
+#include "platform/posix/named_region.h"
+
+namespace tollan::platform {
+
+namespace {
+
+class PosixNamedMutex final : public NamedMutex {
+public:
+    explicit PosixNamedMutex(std::unique_ptr<posix::NamedRegion> region) noexcept
+        : region_(std::move(region)), mutex_(static_cast<pthread_mutex_t *>(region_->payload()))
+    {
+    }
+
+    WaitResult acquire(uint32_t timeoutMs) noexcept override
+    {
+        int error;
+        if (timeoutMs == kWaitForever) {
+            error = pthread_mutex_lock(mutex_);
+        } else {
+            const timespec deadline = posix::monotonicDeadline(timeoutMs);
+            error = pthread_mutex_clocklock(mutex_, CLOCK_MONOTONIC, &deadline);
+        }
+        if (error == EOWNERDEAD) {
+            pthread_mutex_consistent(mutex_);
+            return WaitResult::signalled;
+        }
+        if (error == 0) return WaitResult::signalled;
+        return error == ETIMEDOUT ? WaitResult::timedOut : WaitResult::failed;
+    }
+
+    void release() noexcept override { pthread_mutex_unlock(mutex_); }
+
+private:
+    std::unique_ptr<posix::NamedRegion> region_;
+    pthread_mutex_t *mutex_;
+};
+
+bool initSharedMutex(void *payload, void *) noexcept
+{
+    pthread_mutexattr_t attributes;
+    pthread_mutexattr_init(&attributes);
+    pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
+    pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED);
+    pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST);
+    const int error = pthread_mutex_init(new (payload) pthread_mutex_t, &attributes);
+    pthread_mutexattr_destroy(&attributes);
+    return error == 0;
+}
+
+}  // namespace
+
+std::unique_ptr<NamedMutex> NamedMutex::create(const char *name) noexcept
+{
+    auto region = posix::NamedRegion::acquire(posix::RegionKind::mutex, name, sizeof(pthread_mutex_t), true,
+                                              initSharedMutex, nullptr);
+    if (!region) return nullptr;
+    return std::unique_ptr<NamedMutex>(new (std::nothrow) PosixNamedMutex(std::move(region)));
+}
+
+}  // namespace tollan::platform

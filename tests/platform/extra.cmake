@@ -1,0 +1,9 @@
+# The library that the run-time loading tests load by its Windows name,
+# "TollanProbe.dll" (libtollanprobe.so on POSIX), from beside the test program.
+add_library(tollanprobe SHARED ${CMAKE_CURRENT_SOURCE_DIR}/platform/probe/probe_library.c)
+if(WIN32)
+  set_target_properties(tollanprobe PROPERTIES PREFIX "")
+else()
+  set_property(TARGET test_platform APPEND PROPERTY BUILD_RPATH $<TARGET_FILE_DIR:tollanprobe>)
+endif()
+add_dependencies(test_platform tollanprobe)

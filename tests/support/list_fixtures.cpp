@@ -1,0 +1,118 @@
+#include "list_fixtures.h"
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+
+#include <tollan/logger.h>
+
+#include "support/list_allocator.h"
+
+namespace listtest {
+namespace {
+
+constexpr const char *kLogFile = "tollan-list-test.log";
+
+const CollectionMemAllocFunctions &base()
+{
+    tollan::support::installDefaultListAllocator();
+    return *GetDefaultCollectionMemAllocFunctions();
+}
+
+CollectionMemAllocFunctions probeRecord;
+
+}  // namespace
+
+int ProbeAllocator::newHand, ProbeAllocator::disposeHand, ProbeAllocator::setHSz, ProbeAllocator::newPtr,
+    ProbeAllocator::disposePtr, ProbeAllocator::hLock, ProbeAllocator::hUnlock;
+int ProbeAllocator::newPtrsBeforeFailure;
+bool ProbeAllocator::setHSzFails;
+bool ProbeAllocator::newHandFails;
+
+const CollectionMemAllocFunctions *ProbeAllocator::reset()
+{
+    newHand = disposeHand = setHSz = newPtr = disposePtr = hLock = hUnlock = 0;
+    newPtrsBeforeFailure = -1;
+    setHSzFails = newHandFails = false;
+    SetCollectionMemAllocFunctions(
+        &probeRecord,
+        [](size_t size, uint32_t options, uint32_t capacity, const CollectionMemAllocFunctions *) -> void ** {
+            if (newHandFails) return nullptr;
+            ++newHand;
+            return base().newHand(size, options, capacity, &probeRecord);
+        },
+        [](size_t size, const CollectionMemAllocFunctions *) -> void * {
+            if (newPtrsBeforeFailure == 0) return nullptr;
+            if (newPtrsBeforeFailure > 0) --newPtrsBeforeFailure;
+            ++newPtr;
+            return base().newPtr(size, &probeRecord);
+        },
+        [](void **handle) {
+            ++disposeHand;
+            base().disposeHand(handle);
+        },
+        [](void *block) {
+            ++disposePtr;
+            base().disposePtr(block);
+        },
+        [](void **handle, size_t size) -> int32_t {
+            ++setHSz;
+            return setHSzFails ? 2 : base().setHSz(handle, size);
+        },
+        [](void **handle) {
+            ++hLock;
+            base().hLock(handle);
+        },
+        [](void **handle) {
+            ++hUnlock;
+            base().hUnlock(handle);
+        },
+        base().hSize);
+    return &probeRecord;
+}
+
+LogCapture::LogCapture()
+    : previousMask_(SetZORLogReportingLevels(ZOR_LOG_FATAL | ZOR_LOG_WARNING | ZOR_LOG_TEMP)),
+      previousFormat_(GetZORLogOutputFormat())
+{
+    SetZORLogOutputFormat("[LEVEL]|[FUNC]|[FILE]|[MSG]");
+    SetZORLogReportingLocation(ZOR_LOG_LOCATION_FILE, 0, kLogFile);
+}
+
+LogCapture::~LogCapture()
+{
+    SetZORLogReportingLocation(ZOR_LOG_LOCATION_STDERR, 0, nullptr);
+    SetZORLogOutputFormat(previousFormat_.c_str());
+    SetZORLogReportingLevels(previousMask_);
+    std::remove(kLogFile);
+}
+
+std::string LogCapture::text() const
+{
+    std::ifstream file(kLogFile);
+    std::ostringstream contents;
+    contents << file.rdbuf();
+    return contents.str();
+}
+
+int32_t compareInts(const void *a, const void *b)
+{
+    const int32_t x = *static_cast<const int32_t *>(a);
+    const int32_t y = *static_cast<const int32_t *>(b);
+    return (x > y) - (x < y);
+}
+
+ListType intList(const std::vector<int32_t> &values, const CollectionMemAllocFunctions *record)
+{
+    ListType list = LCreateWithOptions(sizeof(int32_t), 0, 0, record != nullptr ? record : &base());
+    for (int32_t value : values) LInsertItem(list, &value, kEndOfList);
+    return list;
+}
+
+std::vector<int32_t> itemsOf(ListType list)
+{
+    const auto *first = static_cast<const int32_t *>(LGetListDataPtr(list));
+    return std::vector<int32_t>(first, first + LNumItems(list));
+}
+
+}  // namespace listtest

@@ -1,0 +1,44 @@
+// Stand-ins shared by the list tests: an allocation-callback record that
+// counts calls and fails on request, a capture of the log, small helpers.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <tollan/list.h>
+
+namespace listtest {
+
+// A record over the default callbacks. Counters and failure switches are
+// global because callbacks carry no context; reset() before each use.
+struct ProbeAllocator {
+    static int newHand, disposeHand, setHSz, newPtr, disposePtr, hLock, hUnlock;
+    static int newPtrsBeforeFailure;  // -1: NewPtr never fails
+    static bool setHSzFails;
+    static bool newHandFails;
+    static const CollectionMemAllocFunctions *reset();
+    static int32_t liveBlocks() { return newPtr - disposePtr; }
+};
+
+// Sends the log to a file while alive: FATAL, WARNING and TEMP lines as
+// "LEVEL|FUNC|FILE|MSG".
+class LogCapture {
+public:
+    LogCapture();
+    ~LogCapture();
+    LogCapture(const LogCapture &) = delete;
+    LogCapture &operator=(const LogCapture &) = delete;
+    std::string text() const;
+    bool contains(const std::string &piece) const { return text().find(piece) != std::string::npos; }
+
+private:
+    uint32_t previousMask_;
+    std::string previousFormat_;
+};
+
+int32_t compareInts(const void *a, const void *b);
+// A list of 32-bit integers over `record` (the default record when null).
+ListType intList(const std::vector<int32_t> &values, const CollectionMemAllocFunctions *record = nullptr);
+std::vector<int32_t> itemsOf(ListType list);
+
+}  // namespace listtest

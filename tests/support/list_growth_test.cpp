@@ -1,0 +1,111 @@
+// Growth by the allocation policy, exact growth, and failed resizes.
+#include <gtest/gtest.h>
+
+#include "list_fixtures.h"
+
+using listtest::ProbeAllocator;
+using V = std::vector<int32_t>;
+
+namespace {
+
+ListType listWithCapacity(uint32_t capacity)
+{
+    ListType list = LCreateWithOptions(sizeof(int32_t), 0, capacity, ProbeAllocator::reset());
+    LSetNumItems(list, static_cast<int32_t>(capacity));
+    return list;
+}
+
+uint32_t capacityAfterOneInsert(ListType list)
+{
+    int32_t value = 1;
+    EXPECT_EQ(LInsertItem(list, &value, kEndOfList), 0);
+    return (*list)->capacity;
+}
+
+}  // namespace
+
+TEST(ListGrowth, DefaultPolicyAddsTenPercentMoreThanTheCapacityPlusFour)
+{
+    ListType list = listWithCapacity(0);
+    EXPECT_EQ((*list)->allocPolicy, 0x006E0004u);
+    EXPECT_EQ(capacityAfterOneInsert(list), 4u);
+    LDiscard(list);
+
+    list = listWithCapacity(10);
+    EXPECT_EQ(capacityAfterOneInsert(list), 25u);  // 110 % of 10 = 11, plus 4
+    EXPECT_EQ(ProbeAllocator::setHSz, 1);
+    EXPECT_EQ(LListMemSize(list), 25u * 4u + 40u);
+    LDiscard(list);
+}
+
+TEST(ListGrowth, PolicyArithmeticIsSignedAndTruncates)
+{
+    ListType list = listWithCapacity(10);
+    LSetMemoryAllocPolicy(list, 10, -55);  // -550 / 100 truncates to -5
+    EXPECT_EQ(capacityAfterOneInsert(list), 15u);
+    LDiscard(list);
+
+    listtest::LogCapture log;
+    list = listWithCapacity(10);
+    LSetMemoryAllocPolicy(list, 0, 0);
+    EXPECT_EQ(capacityAfterOneInsert(list), 11u);
+    EXPECT_TRUE(log.contains("Assertion failed: Expected list to expand with more items."));
+    LDiscard(list);
+}
+
+TEST(ListGrowth, ExactGrowthWhereTheCallerSaysHowMuch)
+{
+    ListType list = listWithCapacity(3);
+    LSetNumItems(list, 1);
+    EXPECT_EQ(LPreAllocateItems(list, 2), 0);
+    EXPECT_EQ((*list)->capacity, 3u);
+    EXPECT_EQ(LPreAllocateItems(list, 5), 0);
+    EXPECT_EQ((*list)->capacity, 6u);
+
+    EXPECT_EQ(LUnlimitedExpandSpace(list, 200), 0);  // more than the policy's 10
+    EXPECT_EQ((*list)->capacity, 200u);
+    EXPECT_EQ(LNumItems(list), 200);
+    int32_t value = 42;
+    EXPECT_EQ(LUnlimitedSetItem(list, &value, 300), 0);
+    EXPECT_EQ((*list)->capacity, 200u + 220u + 4u);  // the policy's growth was larger
+    value = 0;
+    EXPECT_EQ(LUnlimitedGetItem(list, &value, 300), 0);
+    EXPECT_EQ(value, 42);
+    EXPECT_EQ(LNumItems(list), 300);
+    LDiscard(list);
+}
+
+TEST(ListGrowth, FailedResizeLeavesTheListAsItWasAndIsLogged)
+{
+    listtest::LogCapture log;
+    ListType list = listWithCapacity(2);
+    ListType other = listtest::intList({5, 6, 7});
+    ProbeAllocator::setHSzFails = true;
+    int32_t value = 3;
+    EXPECT_EQ(LInsertItem(list, &value, kEndOfList), 2);
+    EXPECT_EQ(LInsertInList(list, other, kEndOfList), 2);
+    EXPECT_EQ(LAppend(list, other), nullptr);
+    EXPECT_EQ(LCopy(list), nullptr);
+    EXPECT_EQ(LUnlimitedExpandSpace(list, 9), 2);
+    EXPECT_EQ((*list)->capacity, 2u);
+    EXPECT_EQ(LNumItems(list), 2);
+    EXPECT_EQ(ProbeAllocator::newHand, ProbeAllocator::disposeHand + 1);  // the failed copy was freed
+
+    const std::string text = log.text();
+    EXPECT_NE(text.find("WARNING|ExpandListSpace|list.c|MgErr = 2"), std::string::npos);
+    EXPECT_NE(text.find("WARNING|LInsertItem|list.c|Failed to expand list to 0 items."), std::string::npos);
+    EXPECT_NE(text.find("WARNING|LInsertInList|list.c|Failed to expand list to 3 items."), std::string::npos);
+    EXPECT_NE(text.find("WARNING|LAppend|list.c|Failed to set list handle size to 60 bytes."),
+              std::string::npos);
+    EXPECT_NE(text.find("WARNING|LCopy|list.c|Failed to set list handle size to 48 bytes."),
+              std::string::npos);
+
+    const CollectionMemAllocFunctions *record = ProbeAllocator::reset();
+    ProbeAllocator::newHandFails = true;
+    EXPECT_EQ(LCreateWithOptions(4, 0, 0, record), nullptr);
+    EXPECT_TRUE(log.contains("WARNING|LCreateWithOptions|list.c|Failed to allocate list handle."));
+    EXPECT_EQ(LCreateWithOptions(4, 0, 0, nullptr), nullptr);
+    EXPECT_TRUE(log.contains("Assertion failed: memFuncsPtr is a required parameter"));
+    LDiscard(list);
+    LDiscard(other);
+}

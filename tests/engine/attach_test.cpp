@@ -1,0 +1,68 @@
+// What the start-up chain leaves behind in a running program.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <set>
+
+#include <tollan/engine.h>
+
+#include "engine/detached_marker.h"
+#include "engine/engine_state.h"
+#include "engine/lifecycle.h"
+#include "engine/window_messages.h"
+#include "platform/shared_memory.h"
+#include "platform/thread.h"
+
+namespace {
+
+using namespace tollan::engine;
+
+TEST(Attach, TheChainRanToTheEnd)
+{
+    EXPECT_TRUE(state.initialised.load());
+    EXPECT_FALSE(isClosed());
+    EXPECT_FALSE(isDetaching());
+    EXPECT_FALSE(state.startupFailure.load());
+    EXPECT_TRUE(osVersionKnown());
+    EXPECT_EQ(mainThreadId(), tollan::platform::currentThreadId());
+    EXPECT_TRUE(state.asyncProtection);
+    EXPECT_TRUE(state.runtimeLibrariesReady);
+    EXPECT_TRUE(state.noPreviousInstance);
+    EXPECT_EQ(std::strcmp(reinterpret_cast<const char *>(state.applicationName + 1), "zor"), 0);
+    EXPECT_EQ(state.applicationName[0], 3);
+}
+
+TEST(Attach, OtherModulesCanFindTheDetachedMarker)
+{
+    char name[128];
+    detachedMarkerName(name, sizeof name);
+    EXPECT_EQ(std::strncmp(name, "Vantrel ZOR Shmen for ZORRTEHasBeenDetached for Tollan, ", 56), 0);
+    auto marker = tollan::platform::SharedMemory::open(name, sizeof(uint32_t));
+    ASSERT_NE(marker, nullptr);
+    uint32_t word = 1;
+    std::memcpy(&word, marker->data(), sizeof word);
+    EXPECT_EQ(word, 0u);
+}
+
+TEST(Attach, RegistersFiveDistinctWindowMessages)
+{
+    std::set<uint32_t> ids;
+    for (int i = 0; i < kWindowMessageCount; ++i) ids.insert(windowMessageId(static_cast<WindowMessage>(i)));
+    EXPECT_EQ(ids.size(), 5u);
+    EXPECT_EQ(ids.count(0), 0u);
+}
+
+TEST(Queries, AnswerForAStandaloneProgramWithoutDebugger)
+{
+    EXPECT_EQ(__IsRTEStillLoaded(), 1);
+    EXPECT_EQ(__SimulateRTShuttingDown(), 0);
+    EXPECT_EQ(StartupLibraryInit(), 1);
+    EXPECT_EQ(InStandaloneExecutable(), 1);
+    EXPECT_EQ(UsingTollanDll(), 1);
+    EXPECT_EQ(WhichRuntimeSupportDll(), 1);
+    EXPECT_EQ(BeingDebuggedByZOR(), 0);
+    EXPECT_EQ(__RegisterAtExitCleanup(1, 2, 3, 4), 0);
+}
+
+}  // namespace

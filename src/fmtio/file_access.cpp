@@ -1,0 +1,149 @@
+#include "fmtio/file_access.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "fmtio/text_mode.h"
+
+namespace tollan::fmtio {
+namespace {
+
+using platform::ioerror::kNone;
+
+bool isText(const FileSlot &file) noexcept
+{
+    return (file.openFlags & openflag::kBinary) == 0;
+}
+
+// Gathers translated bytes and hands them to the system a chunk at a time,
+// so that a text write costs one system call per chunk, not per line.
+class ChunkWriter {
+public:
+    explicit ChunkWriter(platform::NativeFile osFile) noexcept : osFile_(osFile) {}
+
+    int32_t put(const char *data, size_t length, bool text) noexcept
+    {
+        while (length > 0) {
+            if (used_ == sizeof chunk_) {
+                if (const int32_t error = flush(); error != kNone) return error;
+            }
+            size_t taken;
+            if (text) {
+                used_ += expandLineFeeds(data, length, chunk_ + used_, sizeof chunk_ - used_, &taken);
+                if (taken == 0 && used_ > 0) {
+                    // Too little room left for a CR LF pair.
+                    if (const int32_t error = flush(); error != kNone) return error;
+                }
+            } else if (used_ == 0 && length >= sizeof chunk_) {
+                // Large binary blocks go to the system as they stand.
+                if (const int32_t error = platform::writeFile(osFile_, data, static_cast<uint32_t>(length));
+                    error != kNone)
+                    return error;
+                taken = length;
+            } else {
+                taken = std::min(length, sizeof chunk_ - used_);
+                std::memcpy(chunk_ + used_, data, taken);
+                used_ += taken;
+            }
+            data += taken;
+            length -= taken;
+        }
+        return kNone;
+    }
+
+    int32_t flush() noexcept
+    {
+        const int32_t error = platform::writeFile(osFile_, chunk_, static_cast<uint32_t>(used_));
+        used_ = 0;
+        return error;
+    }
+
+private:
+    platform::NativeFile osFile_;
+    size_t used_ = 0;
+    char chunk_[16384];
+};
+
+}  // namespace
+
+int32_t readRaw(FileSlot &file, char *buffer, uint32_t count, uint32_t *got) noexcept
+{
+    if (count == 0 || file.pendingByte < 0) return platform::readFile(file.osFile, buffer, count, got);
+
+    buffer[0] = static_cast<char>(file.pendingByte);
+    file.pendingByte = -1;
+    uint32_t more = 0;
+    // The byte read ahead is delivered even when the read behind it fails:
+    // that failure shows up on the next call.
+    if (count > 1 && platform::readFile(file.osFile, buffer + 1, count - 1, &more) != kNone) more = 0;
+    *got = 1 + more;
+    return kNone;
+}
+
+int32_t unreadByte(FileSlot &file, char byte) noexcept
+{
+    if (file.diskFile) {
+        int64_t position;
+        return platform::seekFile(file.osFile, -1, platform::SeekOrigin::current, &position);
+    }
+    file.pendingByte = static_cast<unsigned char>(byte);
+    return kNone;
+}
+
+int32_t readData(FileSlot &file, char *buffer, uint32_t count, uint32_t *got) noexcept
+{
+    uint32_t raw = 0;
+    if (const int32_t error = readRaw(file, buffer, count, &raw); error != kNone) return error;
+    if (!isText(file) || raw == 0) {
+        *got = raw;
+        return kNone;
+    }
+
+    size_t kept = dropCarriageReturns(buffer, raw);
+    if (buffer[kept - 1] == '\r') {
+        // The read ended on a CR: whether it is dropped depends on the next
+        // byte, so look at it. An LF takes the CR's place; anything else is
+        // given back for the next read.
+        char next;
+        uint32_t peeked = 0;
+        if (const int32_t error = readRaw(file, &next, 1, &peeked); error != kNone) return error;
+        if (peeked == 1) {
+            if (next == '\n')
+                buffer[kept - 1] = '\n';
+            else if (const int32_t error = unreadByte(file, next); error != kNone)
+                return error;
+        }
+    }
+    *got = static_cast<uint32_t>(kept);
+    return kNone;
+}
+
+int32_t writeData(FileSlot &file, const char *data, uint32_t count, bool newline) noexcept
+{
+    if (count == 0 && !newline) return kNone;
+    if ((file.openFlags & openflag::kAppend) != 0 && file.diskFile) {
+        int64_t position;
+        if (const int32_t error = platform::seekFile(file.osFile, 0, platform::SeekOrigin::end, &position);
+            error != kNone)
+            return error;
+    }
+    const bool text = isText(file);
+    if (!text && !newline) return platform::writeFile(file.osFile, data, count);
+
+    ChunkWriter writer(file.osFile);
+    int32_t error = writer.put(data, count, text);
+    if (error == kNone && newline) error = writer.put("\n", 1, text);
+    if (error == kNone) error = writer.flush();
+    return error;
+}
+
+int32_t seekData(FileSlot &file, int64_t offset, platform::SeekOrigin origin, int64_t *position) noexcept
+{
+    // The system's position is one past the byte read ahead.
+    if (origin == platform::SeekOrigin::current && file.pendingByte >= 0) --offset;
+    const int32_t error = platform::seekFile(file.osFile, offset, origin, position);
+    if (error == kNone) file.pendingByte = -1;
+    return error;
+}
+
+}  // namespace tollan::fmtio

@@ -1,0 +1,152 @@
+#include "fmtio/file_table.h"
+
+#include <mutex>
+#include <new>
+
+#include "logger/log.h"
+
+namespace tollan::fmtio {
+namespace {
+
+constexpr const char *kModule = "stdlib/fmtio";
+
+// Guards the list's shape and the taking and freeing of slots; held only
+// briefly and never together with a slot's lock.
+platform::RecursiveLock *tableLock = nullptr;
+FileSlot *firstSlot = nullptr;
+
+std::atomic<bool> commitOn{false};
+
+// Finds a free slot, or appends one, and marks it as being set up.
+// Returns it with its position, or null when no memory is left.
+FileSlot *takeSlot(int32_t *position) noexcept
+{
+    std::lock_guard guard(*tableLock);
+    int32_t index = 0;
+    FileSlot **link = &firstSlot;
+    for (; *link != nullptr; link = &(*link)->next, ++index) {
+        int32_t expected = kSlotFree;
+        if ((*link)->inUse.compare_exchange_strong(expected, kSlotSettingUp)) {
+            *position = index;
+            return *link;
+        }
+    }
+    FileSlot *fresh = new (std::nothrow) FileSlot;
+    if (fresh == nullptr) return nullptr;
+    fresh->inUse.store(kSlotSettingUp);
+    *link = fresh;
+    *position = index;
+    return fresh;
+}
+
+FileSlot *findOpenSlot(int32_t handle) noexcept
+{
+    if (tableLock == nullptr || handle < kFirstHandle) return nullptr;
+    std::lock_guard guard(*tableLock);
+    FileSlot *slot = firstSlot;
+    for (int32_t index = handle - kFirstHandle; slot != nullptr && index > 0; --index) slot = slot->next;
+    if (slot == nullptr || slot->inUse.load() != kSlotOpen) return nullptr;
+    return slot;
+}
+
+}  // namespace
+
+bool createFileTable() noexcept
+{
+    if (tableLock == nullptr) tableLock = new (std::nothrow) platform::RecursiveLock;
+    return tableLock != nullptr;
+}
+
+void destroyFileTable() noexcept
+{
+    if (tableLock == nullptr) return;
+    int32_t handle = kFirstHandle;
+    for (FileSlot *slot = firstSlot; slot != nullptr; slot = slot->next, ++handle) {
+        LockedFile file(handle);
+        if (!file) continue;
+        // A failed close still frees the slot; only a failed commit keeps it.
+        if (closeLockedFile(file) == platform::ioerror::kNone || !file) continue;
+        // The commit failed and left the file open; the library is going
+        // away, so it is closed all the same.
+        TOLLAN_LOG(ZOR_LOG_WARNING, kModule, "FmtIOLibCleanup",
+                   "could not commit file handle %d before closing it", handle);
+        const platform::NativeFile osFile = file->osFile;
+        file.release();
+        platform::closeFile(osFile);
+    }
+    while (firstSlot != nullptr) {
+        FileSlot *next = firstSlot->next;
+        delete firstSlot;
+        firstSlot = next;
+    }
+    delete tableLock;
+    tableLock = nullptr;
+}
+
+int32_t attachFile(platform::NativeFile osFile, uint32_t openFlags) noexcept
+{
+    if (tableLock == nullptr) return -1;
+    int32_t position = 0;
+    FileSlot *slot = takeSlot(&position);
+    if (slot == nullptr) return -1;
+    {
+        std::lock_guard guard(slot->lock);
+        slot->osFile = osFile;
+        slot->openFlags = openFlags;
+        slot->diskFile = platform::isDiskFile(osFile);
+        slot->pendingByte = -1;
+        slot->inUse.store(kSlotOpen);
+    }
+    // Resource tracking registers each new file here (one place for every open).
+    return position + kFirstHandle;
+}
+
+LockedFile::LockedFile(int32_t handle) noexcept
+{
+    FileSlot *slot = findOpenSlot(handle);
+    if (slot == nullptr) return;
+    slot->lock.lock();
+    // Closed (and perhaps taken by another open) while this thread waited.
+    if (slot->inUse.load() != kSlotOpen) {
+        slot->lock.unlock();
+        return;
+    }
+    slot_ = slot;
+}
+
+LockedFile::~LockedFile()
+{
+    if (slot_ != nullptr) slot_->lock.unlock();
+}
+
+void LockedFile::release() noexcept
+{
+    // Resource tracking unregisters each closed file here (one place for every close).
+    slot_->osFile = platform::kNoFile;
+    slot_->inUse.store(kSlotFree);
+    slot_->lock.unlock();
+    slot_ = nullptr;
+}
+
+bool commitMode() noexcept
+{
+    return commitOn.load(std::memory_order_relaxed);
+}
+
+void setCommitMode(bool on) noexcept
+{
+    commitOn.store(on, std::memory_order_relaxed);
+}
+
+int32_t closeLockedFile(LockedFile &file) noexcept
+{
+    if (commitMode() && (file->openFlags & openflag::kWrite) != 0) {
+        const int32_t error = platform::flushFile(file->osFile);
+        if (error != platform::ioerror::kNone) return error;
+    }
+    const platform::NativeFile osFile = file->osFile;
+    file.release();
+    return platform::closeFile(osFile);
+}
+
+}  // namespace tollan::fmtio

@@ -1,0 +1,139 @@
+// Files on POSIX: open(2) and friends, retried on EINTR.
+#include "platform/file.h"
+
+#include <cerrno>
+#include <climits>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/posix/file_errors.h"
+
+namespace tollan::platform {
+namespace {
+
+int descriptor(NativeFile file) noexcept
+{
+    return static_cast<int>(file);
+}
+
+int32_t lastError() noexcept
+{
+    return ioErrorFromErrno(errno);
+}
+
+int openFlags(const FileOpenRequest &request) noexcept
+{
+    int flags = O_CLOEXEC;
+    if (request.read && request.write)
+        flags |= O_RDWR;
+    else if (request.write)
+        flags |= O_WRONLY;
+    else
+        flags |= O_RDONLY;
+    // CREATE_ALWAYS, CREATE_NEW, OPEN_ALWAYS, TRUNCATE_EXISTING and
+    // OPEN_EXISTING come down to these two bits here.
+    if (request.create) flags |= O_CREAT;
+    if (request.truncate) flags |= O_TRUNC;
+    return flags;
+}
+
+}  // namespace
+
+int32_t openFile(const char *path, const FileOpenRequest &request, NativeFile *file) noexcept
+{
+    int fd;
+    do {
+        fd = ::open(path, openFlags(request), 0666);
+    } while (fd < 0 && errno == EINTR);
+    if (fd < 0) return lastError();
+
+    // A directory opens read-only here; CreateFileA refuses it.
+    struct stat status {};
+    if (::fstat(fd, &status) != 0 || S_ISDIR(status.st_mode)) {
+        const int32_t error = S_ISDIR(status.st_mode) ? ioerror::kAccessDenied : lastError();
+        ::close(fd);
+        return error;
+    }
+    *file = fd;
+    return ioerror::kNone;
+}
+
+int32_t readFile(NativeFile file, void *buffer, uint32_t count, uint32_t *bytesRead) noexcept
+{
+    ssize_t got;
+    do {
+        got = ::read(descriptor(file), buffer, count);
+    } while (got < 0 && errno == EINTR);
+    if (got < 0) return lastError();
+    *bytesRead = static_cast<uint32_t>(got);
+    return ioerror::kNone;
+}
+
+int32_t writeFile(NativeFile file, const void *buffer, uint32_t count) noexcept
+{
+    const char *next = static_cast<const char *>(buffer);
+    uint32_t left = count;
+    while (left > 0) {
+        const ssize_t put = ::write(descriptor(file), next, left);
+        if (put < 0) {
+            if (errno == EINTR) continue;
+            return lastError();
+        }
+        next += put;
+        left -= static_cast<uint32_t>(put);
+    }
+    return ioerror::kNone;
+}
+
+int32_t seekFile(NativeFile file, int64_t offset, SeekOrigin origin, int64_t *position) noexcept
+{
+    static_assert(sizeof(off_t) == 8, "large file support is required");
+    const int whence = origin == SeekOrigin::begin     ? SEEK_SET
+                       : origin == SeekOrigin::current ? SEEK_CUR
+                                                       : SEEK_END;
+    const off_t result = ::lseek(descriptor(file), static_cast<off_t>(offset), whence);
+    if (result < 0) return lastError();
+    *position = result;
+    return ioerror::kNone;
+}
+
+int32_t flushFile(NativeFile file) noexcept
+{
+    int result;
+    do {
+        result = ::fsync(descriptor(file));
+    } while (result != 0 && errno == EINTR);
+    // EINVAL and EROFS: a special file that has no synchronisation.
+    if (result != 0 && errno != EINVAL && errno != EROFS) return lastError();
+    return ioerror::kNone;
+}
+
+int32_t closeFile(NativeFile file) noexcept
+{
+    // Linux releases the descriptor even when close reports EINTR: never retry.
+    if (::close(descriptor(file)) != 0 && errno != EINTR) return lastError();
+    return ioerror::kNone;
+}
+
+bool isDiskFile(NativeFile file) noexcept
+{
+    struct stat status {};
+    return ::fstat(descriptor(file), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+int32_t queryFileSize(const char *path, bool *exists, int64_t *size) noexcept
+{
+    struct stat status {};
+    if (::stat(path, &status) != 0) {
+        if (errno != ENOENT && errno != ENOTDIR) return lastError();
+        *exists = false;
+        *size = 0;
+        return ioerror::kNone;
+    }
+    *exists = true;
+    *size = S_ISDIR(status.st_mode) ? 0 : static_cast<int64_t>(status.st_size);
+    return ioerror::kNone;
+}
+
+}  // namespace tollan::platform

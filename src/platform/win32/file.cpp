@@ -1,0 +1,132 @@
+// Files on Windows: CreateFileA and friends, errors through the one table.
+#include "platform/file.h"
+
+#include <windows.h>
+
+#include "platform/win32_error_table.h"
+
+namespace tollan::platform {
+namespace {
+
+HANDLE handleOf(NativeFile file) noexcept
+{
+    return reinterpret_cast<HANDLE>(file);
+}
+
+int32_t lastError() noexcept
+{
+    return mapWin32Error(GetLastError()).ioError;
+}
+
+// The attributes CREATE_ALWAYS must be given for an existing file: without
+// its hidden and system bits the call fails with "access denied".
+constexpr DWORD kKeptAttributes = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
+                                  FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_TEMPORARY | FILE_ATTRIBUTE_OFFLINE |
+                                  FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
+
+}  // namespace
+
+int32_t openFile(const char *path, const FileOpenRequest &request, NativeFile *file) noexcept
+{
+    DWORD access = 0;
+    if (request.read) access |= GENERIC_READ;
+    if (request.write) access |= GENERIC_WRITE;
+
+    DWORD disposition;
+    DWORD attributes = FILE_ATTRIBUTE_NORMAL;
+    if (!request.create) {
+        disposition = request.truncate ? TRUNCATE_EXISTING : OPEN_EXISTING;
+    } else if (!request.truncate) {
+        disposition = OPEN_ALWAYS;
+    } else {
+        const DWORD existing = GetFileAttributesA(path);
+        if (existing == INVALID_FILE_ATTRIBUTES) {
+            disposition = CREATE_NEW;
+        } else {
+            disposition = CREATE_ALWAYS;
+            if ((existing & kKeptAttributes) != 0) attributes = existing & kKeptAttributes;
+        }
+    }
+
+    const HANDLE handle = CreateFileA(path, access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition,
+                                      attributes, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) return lastError();
+    *file = reinterpret_cast<NativeFile>(handle);
+    return ioerror::kNone;
+}
+
+int32_t readFile(NativeFile file, void *buffer, uint32_t count, uint32_t *bytesRead) noexcept
+{
+    DWORD got = 0;
+    if (!ReadFile(handleOf(file), buffer, count, &got, nullptr)) {
+        if (GetLastError() != ERROR_BROKEN_PIPE) return lastError();
+        got = 0;
+    }
+    *bytesRead = got;
+    return ioerror::kNone;
+}
+
+int32_t writeFile(NativeFile file, const void *buffer, uint32_t count) noexcept
+{
+    const char *next = static_cast<const char *>(buffer);
+    uint32_t left = count;
+    while (left > 0) {
+        DWORD put = 0;
+        if (!WriteFile(handleOf(file), next, left, &put, nullptr)) return lastError();
+        next += put;
+        left -= put;
+    }
+    return ioerror::kNone;
+}
+
+int32_t seekFile(NativeFile file, int64_t offset, SeekOrigin origin, int64_t *position) noexcept
+{
+    const DWORD method = origin == SeekOrigin::begin     ? FILE_BEGIN
+                         : origin == SeekOrigin::current ? FILE_CURRENT
+                                                         : FILE_END;
+    LARGE_INTEGER distance;
+    distance.QuadPart = offset;
+    LARGE_INTEGER result;
+    if (!SetFilePointerEx(handleOf(file), distance, &result, method)) return lastError();
+    *position = result.QuadPart;
+    return ioerror::kNone;
+}
+
+int32_t flushFile(NativeFile file) noexcept
+{
+    if (!FlushFileBuffers(handleOf(file))) return lastError();
+    return ioerror::kNone;
+}
+
+int32_t closeFile(NativeFile file) noexcept
+{
+    if (!CloseHandle(handleOf(file))) return lastError();
+    return ioerror::kNone;
+}
+
+bool isDiskFile(NativeFile file) noexcept
+{
+    return GetFileType(handleOf(file)) == FILE_TYPE_DISK;
+}
+
+int32_t queryFileSize(const char *path, bool *exists, int64_t *size) noexcept
+{
+    WIN32_FILE_ATTRIBUTE_DATA data;
+    if (!GetFileAttributesExA(path, GetFileExInfoStandard, &data)) {
+        const DWORD error = GetLastError();
+        if (error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND)
+            return mapWin32Error(error).ioError;
+        *exists = false;
+        *size = 0;
+        return ioerror::kNone;
+    }
+    *exists = true;
+    if ((data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+        *size = 0;
+    } else {
+        *size = static_cast<int64_t>((static_cast<uint64_t>(data.nFileSizeHigh) << 32) | data.nFileSizeLow);
+    }
+    return ioerror::kNone;
+}
+
+}  // namespace tollan::platform

@@ -1,0 +1,255 @@
+// Opening, writing, reading, moving and closing real files.
+#include <cstring>
+#include <string>
+#include <thread>
+
+#include "fmtio/file_table.h"
+#include "temp_dir.h"
+
+namespace {
+
+constexpr int64_t kTooLarge = int64_t{INT32_MAX} + 1;
+
+}  // namespace
+
+TEST_F(FmtioFileTest, HandlesStartAtThreeAndClosedOnesAreGivenOutAgain)
+{
+    const int32_t first = open("a", 2, 0, 0);
+    const int32_t second = open("b", 2, 0, 0);
+    EXPECT_EQ(first, 3);
+    EXPECT_EQ(second, 4);
+    EXPECT_EQ(GetFmtIOError(), 0);
+
+    EXPECT_EQ(ZOR_CloseFile(first), 0);
+    EXPECT_EQ(ZOR_CloseFile(first), -1);
+    EXPECT_EQ(GetFmtIOError(), 3);
+    EXPECT_EQ(open("c", 2, 2, 0), 3);
+    EXPECT_EQ(open("d", 2, 0, 1), 5);
+
+    for (int32_t handle : {3, 4, 5}) EXPECT_EQ(ZOR_CloseFile(handle), 0);
+}
+
+TEST_F(FmtioFileTest, WriteModesTruncateKeepOrAppend)
+{
+    writeRaw("f", "hello world");
+    int32_t handle = open("f", 2, 2, 0);  // keep: starts at 0 over the old bytes
+    EXPECT_EQ(ZOR_WriteFile(handle, "HE", 2), 2);
+    EXPECT_EQ(ZOR_CloseFile(handle), 0);
+    EXPECT_EQ(readRaw("f"), "HEllo world");
+
+    handle = open("f", 0, 1, 0);  // append: every write goes to the end
+    EXPECT_EQ(readAll(handle), "HEllo world");
+    EXPECT_EQ(SetFilePtr(handle, 0, 0), 0);
+    EXPECT_EQ(ZOR_WriteFile(handle, "!", 1), 1);
+    EXPECT_EQ(SetFilePtr(handle, 0, 1), 12);
+    EXPECT_EQ(ZOR_CloseFile(handle), 0);
+    EXPECT_EQ(readRaw("f"), "HEllo world!");
+
+    handle = open("f", 1, 0, 0);  // a read-only open never truncates
+    EXPECT_EQ(ZOR_CloseFile(handle), 0);
+    EXPECT_EQ(readRaw("f"), "HEllo world!");
+
+    handle = open("f", 2, 0, 0);  // truncate
+    EXPECT_EQ(ZOR_WriteFile(handle, "x", 1), 1);
+    EXPECT_EQ(ZOR_CloseFile(handle), 0);
+    EXPECT_EQ(readRaw("f"), "x");
+}
+
+TEST_F(FmtioFileTest, ReadWriteHandleMovesAndReads)
+{
+    const int32_t handle = open("rw", 0, 0, 0);
+    EXPECT_EQ(ZOR_WriteFile(handle, "0123456789", 10), 10);
+    EXPECT_EQ(SetFilePtr(handle, -4, 2), 6);
+    char buffer[8] = {};
+    EXPECT_EQ(ZOR_ReadFile(handle, buffer, sizeof buffer), 4);
+    EXPECT_STREQ(buffer, "6789");
+    EXPECT_EQ(ZOR_ReadFile(handle, buffer, sizeof buffer), 0);
+    EXPECT_EQ(GetFmtIOError(), 0);
+    EXPECT_EQ(SetFilePtr(handle, 2, 0), 2);
+    EXPECT_EQ(SetFilePtr(handle, 3, 1), 5);
+    EXPECT_EQ(ZOR_ReadFile(handle, buffer, 0), 0);
+    EXPECT_EQ(ZOR_CloseFile(handle), 0);
+}
+
+TEST_F(FmtioFileTest, FailedOpensReportTheCauseAndLeaveNoSlot)
+{
+    EXPECT_EQ(ZOR_OpenFile(path("missing").c_str(), 1, 2, 0), -1);
+    EXPECT_EQ(GetFmtIOError(), 1);
+    EXPECT_EQ(ZOR_OpenFile(path("no-dir/file").c_str(), 2, 0, 0), -1);
+    EXPECT_EQ(GetFmtIOError(), 1);
+    std::filesystem::create_directory(path("directory"));
+    EXPECT_EQ(ZOR_OpenFile(path("directory").c_str(), 1, 2, 0), -1);
+    EXPECT_EQ(GetFmtIOError(), 6);
+
+    const int32_t handle = open("present", 2, 0, 0);
+    EXPECT_EQ(handle, 3);
+    EXPECT_EQ(ZOR_CloseFile(handle), 0);
+}
+
+TEST_F(FmtioFileTest, BadOpenArgumentsChangeNothing)
+{
+    const std::string target = path("never");
+    const std::string blanks = " \t\r\n ";
+    const std::string tooLong(260, 'n');
+    struct Case {
+        const char *path;
+        int32_t action, mode, type, error;
+    } cases[] = {
+        {nullptr, 2, 0, 0, 7},        {"", 2, 0, 0, 7},
+        {blanks.c_str(), 2, 0, 0, 7}, {tooLong.c_str(), 2, 0, 0, 10},
+        {target.c_str(), 3, 0, 0, 7}, {target.c_str(), -1, 0, 0, 7},
+        {target.c_str(), 2, 3, 0, 7}, {target.c_str(), 2, 0, 2, 7},
+        {target.c_str(), 1, 9, 1, 7},
+    };
+    for (const Case &c : cases) {
+        EXPECT_EQ(ZOR_OpenFile(c.path, c.action, c.mode, c.type), -1);
+        EXPECT_EQ(GetFmtIOError(), c.error)
+            << (c.path ? c.path : "(null)") << " " << c.action << c.mode << c.type;
+    }
+    EXPECT_EQ(GetFileInfo(target.c_str(), nullptr), 0);
+}
+
+TEST_F(FmtioFileTest, UnknownHandlesAreRefused)
+{
+    const int32_t closed = open("closed", 2, 0, 0);
+    ASSERT_EQ(ZOR_CloseFile(closed), 0);
+    char buffer[4];
+    for (int32_t handle : {0, 1, 2, closed, 77, -5}) {
+        SCOPED_TRACE(handle);
+        EXPECT_EQ(ZOR_ReadFile(handle, buffer, 4), -1);
+        EXPECT_EQ(GetFmtIOError(), 3);
+        EXPECT_EQ(ZOR_WriteFile(handle, "x", 1), -1);
+        EXPECT_EQ(GetFmtIOError(), 3);
+        EXPECT_EQ(ZOR_CloseFile(handle), -1);
+        EXPECT_EQ(GetFmtIOError(), 3);
+        EXPECT_EQ(ReadLine(handle, buffer, 3), -1);
+        EXPECT_EQ(GetFmtIOError(), 3);
+        EXPECT_EQ(WriteLine(handle, "x", -1), -1);
+        EXPECT_EQ(GetFmtIOError(), 3);
+        // The standard streams' numbers are accepted by SetFilePtr and stay put.
+        EXPECT_EQ(SetFilePtr(handle, 5, 0), handle < 3 ? 0 : -1);
+        EXPECT_EQ(GetFmtIOError(), handle < 3 ? 0 : 3);
+    }
+    EXPECT_EQ(readRaw("closed"), "");
+}
+
+TEST_F(FmtioFileTest, BadCountsAndOriginsChangeNothing)
+{
+    writeRaw("f", "abcdef");
+    const int32_t handle = open("f", 0, 2, 0);
+    ASSERT_EQ(SetFilePtr(handle, 2, 0), 2);
+    char buffer[8];
+
+    EXPECT_EQ(ZOR_ReadFile(handle, buffer, kTooLarge), -1);
+    EXPECT_EQ(GetFmtIOError(), 7);
+    EXPECT_EQ(ZOR_ReadFile(handle, buffer, -1), -1);
+    EXPECT_EQ(ZOR_ReadFile(handle, nullptr, 1), -1);
+    EXPECT_EQ(GetFmtIOError(), 7);
+    EXPECT_EQ(ZOR_WriteFile(handle, "zz", kTooLarge), -1);
+    EXPECT_EQ(GetFmtIOError(), 7);
+    EXPECT_EQ(ZOR_WriteFile(handle, nullptr, 2), -1);
+    EXPECT_EQ(GetFmtIOError(), 7);
+    EXPECT_EQ(SetFilePtr(handle, 0, 3), -1);
+    EXPECT_EQ(GetFmtIOError(), 7);
+    EXPECT_EQ(SetFilePtr(handle, -1, -1), -1);
+    EXPECT_EQ(GetFmtIOError(), 7);
+    EXPECT_EQ(SetFilePtr(handle, -10, 0), -1);  // before the start
+    EXPECT_EQ(GetFmtIOError(), 7);
+
+    EXPECT_EQ(SetFilePtr(handle, 0, 1), 2);
+    EXPECT_EQ(ZOR_CloseFile(handle), 0);
+    EXPECT_EQ(readRaw("f"), "abcdef");
+}
+
+TEST_F(FmtioFileTest, CommitModeTakesOnlyZeroOrOne)
+{
+    EXPECT_EQ(ZOR_CloseFile(0), -1);
+    EXPECT_EQ(ZOR_SetCommitMode(2), -1);
+    EXPECT_EQ(ZOR_SetCommitMode(-1), -1);
+    EXPECT_EQ(GetFmtIOError(), 3);  // untouched
+
+    ASSERT_EQ(ZOR_SetCommitMode(1), 0);
+    const int32_t handle = open("committed", 2, 0, 1);
+    EXPECT_EQ(ZOR_WriteFile(handle, "data\n", 5), 5);
+    EXPECT_EQ(ZOR_CloseFile(handle), 0);
+    const int32_t reader = open("committed", 1, 2, 0);
+    EXPECT_EQ(ZOR_CloseFile(reader), 0);  // read-only: nothing to commit
+    EXPECT_EQ(ZOR_SetCommitMode(0), 0);
+    EXPECT_EQ(readRaw("committed"), "data\r\n");
+}
+
+TEST_F(FmtioFileTest, CleanUpClosesOpenFilesAfterCommittingThem)
+{
+    ASSERT_EQ(ZOR_SetCommitMode(1), 0);
+    const int32_t handle = open("left-open", 2, 0, 0);
+    EXPECT_EQ(ZOR_WriteFile(handle, "kept", 4), 4);
+    tollan::fmtio::destroyFileTable();
+    ASSERT_TRUE(tollan::fmtio::createFileTable());
+    ASSERT_EQ(ZOR_SetCommitMode(0), 0);
+
+    EXPECT_EQ(ZOR_CloseFile(handle), -1);
+    EXPECT_EQ(readRaw("left-open"), "kept");
+    EXPECT_EQ(open("again", 2, 0, 0), 3);
+    EXPECT_EQ(ZOR_CloseFile(3), 0);
+}
+
+TEST_F(FmtioFileTest, GetFileInfoTellsWhetherAFileExistsAndItsSize)
+{
+    writeRaw("sized", std::string(1234, 's'));
+    int64_t size = -1;
+    EXPECT_EQ(GetFileInfo(path("sized").c_str(), &size), 1);
+    EXPECT_EQ(size, 1234);
+    EXPECT_EQ(GetFileInfo(path("sized").c_str(), nullptr), 1);
+
+    EXPECT_EQ(ZOR_CloseFile(1), -1);
+    EXPECT_EQ(GetFileInfo(path("absent").c_str(), &size), 0);
+    EXPECT_EQ(size, 0);
+    EXPECT_EQ(GetFmtIOError(), 0);
+
+    EXPECT_EQ(GetFileInfo("  ", &size), -1);
+    EXPECT_EQ(GetFmtIOError(), 7);
+    EXPECT_EQ(GetFileInfo(std::string(300, 'p').c_str(), &size), -1);
+    EXPECT_EQ(GetFmtIOError(), 10);
+}
+
+TEST_F(FmtioFileTest, AFullDiskIsReported)
+{
+    // Linux's always-full device; elsewhere there is nothing like it.
+    if (GetFileInfo("/dev/full", nullptr) != 1) GTEST_SKIP() << "no /dev/full";
+    const int32_t handle = ZOR_OpenFile("/dev/full", 2, 2, 0);
+    ASSERT_GE(handle, 3);
+    EXPECT_EQ(ZOR_WriteFile(handle, "x", 1), -1);
+    EXPECT_EQ(GetFmtIOError(), 9);
+    EXPECT_EQ(WriteLine(handle, "x", 1), -1);
+    EXPECT_EQ(GetFmtIOError(), 9);
+    EXPECT_EQ(ZOR_CloseFile(handle), 0);
+}
+
+TEST(FmtioErrors, EachThreadHasItsOwnErrorAndText)
+{
+    ASSERT_TRUE(tollan::fmtio::FmtIOLibInitOnce());
+    const char *expected[] = {
+        "No error",        "File not found",      "General I/O failure",
+        "Bad file handle", "Insufficient memory", "File exists",
+        "Access denied",   "Invalid argument",    "Too many open files",
+        "Disk is full",    "File name too long",  "String too long for representation",
+    };
+    for (int32_t code = 0; code < 12; ++code) EXPECT_STREQ(GetFmtIOErrorString(code), expected[code]);
+    EXPECT_STREQ(GetFmtIOErrorString(12), "Unknown error number");
+    EXPECT_STREQ(GetFmtIOErrorString(-1), "Unknown error number");
+
+    EXPECT_EQ(ZOR_CloseFile(0), -1);
+    char *mine = GetFmtIOErrorString(3);
+    int32_t otherError = -1;
+    char *theirs = nullptr;
+    std::thread other([&] {
+        otherError = GetFmtIOError();
+        theirs = GetFmtIOErrorString(9);
+        EXPECT_STREQ(theirs, "Disk is full");
+    });
+    other.join();
+    EXPECT_EQ(otherError, 0);
+    EXPECT_EQ(GetFmtIOError(), 3);
+    EXPECT_NE(mine, theirs);
+    EXPECT_STREQ(mine, "Bad file handle");
+}

@@ -3,7 +3,7 @@
 
 #include <atomic>
 
-#include "platform/clock.h"
+#include "fixtures/stopwatch.h"
 #include "platform/thread.h"
 
 using namespace tollan::platform;
@@ -59,7 +59,7 @@ TEST(Thread, PriorityKeepsItsValueWhenRefused)
 
 TEST(Thread, SleepLastsAtLeastItsTime)
 {
-    const uint32_t start = tickCountMs();
+    const tollan::testing::Stopwatch stopwatch;
     sleepMs(30);
-    EXPECT_GE(tickCountMs() - start, 29u);
+    EXPECT_GE(stopwatch.elapsedMs(), 29);
 }

@@ -119,3 +119,78 @@ TEST(SharedMemory, UnnamedMappingIsZeroFilledAndWritable)
     bytes[99] = 7;
     EXPECT_EQ(bytes[99], 7);
 }
+
+#ifndef _WIN32
+// Other processes: a child sees the parent's objects, and the objects of a
+// process that died without closing them do not outlive it.
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+// Runs `body` in a child process; its result is the child's exit status.
+template <typename Body>
+int inChild(Body body)
+{
+    const pid_t child = fork();
+    if (child == 0) _exit(body());
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+}  // namespace
+
+TEST(NamedEvent, AnotherProcessWaitsAndSignals)
+{
+    const std::string request = uniqueName("request"), reply = uniqueName("reply");
+    auto requested = Event::create(false, false, request.c_str());
+    auto replied = Event::create(false, false, reply.c_str());
+    ASSERT_TRUE(requested && replied);
+    const pid_t child = fork();
+    if (child == 0) {
+        auto childRequest = Event::open(request.c_str());
+        auto childReply = Event::open(reply.c_str());
+        if (!childRequest || !childReply || childRequest->wait(5000) != WaitResult::signalled) _exit(1);
+        childReply->set();
+        _exit(0);
+    }
+    sleepMs(50);
+    requested->set();
+    EXPECT_EQ(replied->wait(5000), WaitResult::signalled);
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+}
+
+TEST(NamedMutex, OwnerThatDiesHandsTheMutexOn)
+{
+    const std::string name = uniqueName("abandoned");
+    auto mutex = NamedMutex::create(name.c_str());
+    ASSERT_TRUE(mutex);
+    EXPECT_EQ(inChild([&] {
+                  auto childMutex = NamedMutex::create(name.c_str());
+                  return childMutex && childMutex->acquire(0) == WaitResult::signalled ? 0 : 1;
+              }),
+              0);
+    EXPECT_EQ(mutex->acquire(1000), WaitResult::signalled);
+    mutex->release();
+}
+
+TEST(SharedMemory, LeftoverOfADeadProcessIsReplaced)
+{
+    const std::string name = uniqueName("leftover");
+    // The child creates the mapping, fills it and dies without closing it.
+    EXPECT_EQ(inChild([&] {
+                  auto mapping = SharedMemory::create(name.c_str(), 16);
+                  if (!mapping) return 1;
+                  std::strcpy(static_cast<char *>(mapping->data()), "stale");
+                  _exit(0);
+              }),
+              0);
+    EXPECT_FALSE(SharedMemory::open(name.c_str(), 16)) << "its creator is gone";
+    auto fresh = SharedMemory::create(name.c_str(), 16);
+    ASSERT_TRUE(fresh);
+    EXPECT_EQ(static_cast<const char *>(fresh->data())[0], '\0');
+}
+#endif

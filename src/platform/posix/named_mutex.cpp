@@ -3,6 +3,7 @@
 // Windows hands over an abandoned mutex.
 #include <pthread.h>
 
+#include <atomic>
 #include <cerrno>
 #include <new>
 
@@ -20,6 +21,11 @@ public:
         : region_(std::move(region)), mutex_(static_cast<pthread_mutex_t *>(region_->payload()))
     {
     }
+    ~PosixNamedMutex() override
+    {
+        // As on Windows, closing does not release a mutex that is still held.
+        if (held_.load(std::memory_order_relaxed) > 0) region_->keepMapped();
+    }
 
     WaitResult acquire(uint32_t timeoutMs) noexcept override
     {
@@ -30,19 +36,23 @@ public:
             const timespec deadline = posix::monotonicDeadline(timeoutMs);
             error = pthread_mutex_clocklock(mutex_, CLOCK_MONOTONIC, &deadline);
         }
-        if (error == EOWNERDEAD) {
-            pthread_mutex_consistent(mutex_);
+        if (error == EOWNERDEAD) error = pthread_mutex_consistent(mutex_);
+        if (error == 0) {
+            held_.fetch_add(1, std::memory_order_relaxed);
             return WaitResult::signalled;
         }
-        if (error == 0) return WaitResult::signalled;
         return error == ETIMEDOUT ? WaitResult::timedOut : WaitResult::failed;
     }
 
-    void release() noexcept override { pthread_mutex_unlock(mutex_); }
+    void release() noexcept override
+    {
+        if (pthread_mutex_unlock(mutex_) == 0) held_.fetch_sub(1, std::memory_order_relaxed);
+    }
 
 private:
     std::unique_ptr<posix::NamedRegion> region_;
     pthread_mutex_t *mutex_;
+    std::atomic<int> held_{0};  // acquisitions through this object not yet released
 };
 
 bool initSharedMutex(void *payload, void *) noexcept

@@ -186,7 +186,7 @@ NamedRegion::NamedRegion(std::string objectName, void *base, size_t mappedSize, 
 
 NamedRegion::~NamedRegion()
 {
-    munmap(base_, mappedSize_);
+    if (!keepMapped_) munmap(base_, mappedSize_);
     if (created_) shm_unlink(objectName_.c_str());
 }
 

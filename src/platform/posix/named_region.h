@@ -35,6 +35,10 @@ public:
 
     void *payload() const noexcept { return payload_; }
     bool created() const noexcept { return created_; }
+    // Leaves the region mapped when this object goes (its name is still
+    // removed by the creator): a robust mutex still held inside it must stay
+    // reachable, so that the system can mark it abandoned when its owner ends.
+    void keepMapped() noexcept { keepMapped_ = true; }
 
 private:
     NamedRegion(std::string objectName, void *base, size_t mappedSize, bool created) noexcept;
@@ -44,6 +48,7 @@ private:
     size_t mappedSize_;
     void *payload_;
     bool created_;
+    bool keepMapped_ = false;
 };
 
 // The shared-memory object name for `name`; empty when the name is unusable.

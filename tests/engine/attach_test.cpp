@@ -4,13 +4,17 @@
 #include <cstdint>
 #include <cstring>
 #include <set>
+#include <string>
+#include <thread>
 
 #include <tollan/engine.h>
+#include <tollan/logger.h>
 
 #include "engine/detached_marker.h"
 #include "engine/engine_state.h"
 #include "engine/lifecycle.h"
 #include "engine/window_messages.h"
+#include "fixtures/log_capture.h"
 #include "platform/shared_memory.h"
 #include "platform/thread.h"
 
@@ -51,6 +55,20 @@ TEST(Attach, RegistersFiveDistinctWindowMessages)
     for (int i = 0; i < kWindowMessageCount; ++i) ids.insert(windowMessageId(static_cast<WindowMessage>(i)));
     EXPECT_EQ(ids.size(), 5u);
     EXPECT_EQ(ids.count(0), 0u);
+}
+
+TEST(ThreadDetach, RunsForAThreadThatUsedThreadVariables)
+{
+    tollan::testing::LogCapture log(ZOR_LOG_DLLMAIN, "[LEVEL]|[FUNC]|[MSG]");
+    uint32_t id = 0;
+    std::thread worker([&id] {
+        id = tollan::platform::currentThreadId();
+        SetZORThreadVarValue(1, nullptr);
+    });
+    worker.join();
+    const std::string detach =
+        "DLLMAIN|DllMain|DLL_THREAD_DETACH: thread " + std::to_string(static_cast<int>(id));
+    EXPECT_EQ(log.count(detach), 1u) << log.text();
 }
 
 TEST(Queries, AnswerForAStandaloneProgramWithoutDebugger)

@@ -50,7 +50,8 @@ int32_t readValue(const char *function, bool view64, uint32_t rootKey, const cha
                   const char *valueName, uint32_t expectedType, void *data, uint32_t size) noexcept
 {
     RegKeyRecord record;
-    int32_t status = openKey(function, rootKey, &record, keyPath, kRegModeRead, view64);
+    int32_t status = view64 ? WinKeyHandle64(rootKey, &record, keyPath, kRegModeRead)
+                            : WinKeyHandle(rootKey, &record, keyPath, kRegModeRead);
     if (status == kRegSuccess) {
         platform::SettingsKey *key = usableKey(record);
         uint32_t type = 0;

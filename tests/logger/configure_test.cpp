@@ -1,0 +1,125 @@
+// Configuring the logger from its settings.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+
+#include <tollan/logger.h>
+
+#include "fixtures/log_capture.h"
+#include "logger/configure.h"
+#include "logger/line_template.h"
+#include "logger/log.h"
+#include "settings_writer.h"
+
+using tollan::logger::configureFromSettings;
+using tollan::testing::currentLogLocation;
+using tollan::testing::readTextFile;
+using tollan::testing::storeDword;
+using tollan::testing::storeString;
+using tollan::testing::uniqueTestFileName;
+
+namespace {
+
+constexpr const char *kLoggerKey = "Software\\Vantrel\\ZOR\\17.0\\Logger";
+
+// Each test leaves the stored settings as a fresh machine behaves (the
+// settings outlive the test program) and the logger as it found it.
+class LoggerConfigure : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        mask_ = GetZORLogReportingLevels();
+        template_ = GetZORLogOutputFormat();
+    }
+    void TearDown() override
+    {
+        storeDword(kLoggerKey, "Log Level", ZOR_LOG_FATAL);
+        storeDword(kLoggerKey, "Log Output Location", ZOR_LOG_LOCATION_STDERR);
+        storeString(kLoggerKey, "Log Format", tollan::logger::LineTemplate::kDefault);
+        SetZORLogReportingLocation(ZOR_LOG_LOCATION_STDERR, 0, nullptr);
+        SetZORLogReportingLevels(mask_);
+        SetZORLogOutputFormat(template_.c_str());
+        if (!logFile_.empty()) std::remove(logFile_.c_str());
+    }
+
+    // Stores location 5 with a log file of this test's own.
+    void storeFileLocation()
+    {
+        logFile_ = uniqueTestFileName("configured-log");
+        ASSERT_EQ(storeDword(kLoggerKey, "Log Output Location", ZOR_LOG_LOCATION_FILE), 0);
+        ASSERT_EQ(storeString(kLoggerKey, "Log File Name", logFile_.c_str()), 0);
+        ASSERT_EQ(storeDword(kLoggerKey, "Log File Format", 0), 0);
+    }
+
+    uint32_t mask_ = 0;
+    std::string template_;
+    std::string logFile_;
+};
+
+}  // namespace
+
+TEST_F(LoggerConfigure, LevelStoredAsTextFallsBackToFatalOnly)
+{
+    ASSERT_EQ(storeDword(kLoggerKey, "Log Level", 0x30), 0);
+    configureFromSettings();
+    EXPECT_EQ(GetZORLogReportingLevels(), 0x30u);
+    ASSERT_EQ(storeString(kLoggerKey, "Log Level", "48"), 0);
+    configureFromSettings();
+    EXPECT_EQ(GetZORLogReportingLevels(), 64u);
+}
+
+TEST_F(LoggerConfigure, FileLocationWithNameAndFormatReceivesTheLines)
+{
+    storeFileLocation();
+    ASSERT_EQ(storeString(kLoggerKey, "Log Format", "[LEVEL] [MSG]"), 0);
+    configureFromSettings();
+    EXPECT_EQ(currentLogLocation(), static_cast<uint32_t>(ZOR_LOG_LOCATION_FILE));
+    EXPECT_STREQ(GetZORLogOutputFormat(), "[LEVEL] [MSG]");
+    WriteZORLogMessage(ZOR_LOG_INFO, 0, 0, "f", "g", 1, "configured");
+    EXPECT_EQ(readTextFile(logFile_), "INFO configured\n");
+}
+
+TEST_F(LoggerConfigure, FileLocationWithoutReadableNameLeavesTheLocation)
+{
+    storeFileLocation();
+    ASSERT_EQ(storeDword(kLoggerKey, "Log File Name", 1), 0);
+    SetZORLogReportingLocation(ZOR_LOG_LOCATION_NONE_2, 0, nullptr);
+    configureFromSettings();
+    EXPECT_EQ(currentLogLocation(), static_cast<uint32_t>(ZOR_LOG_LOCATION_NONE_2));
+}
+
+TEST_F(LoggerConfigure, OtherLocationsApplyAndUnreadableOnesGiveStandardError)
+{
+    ASSERT_EQ(storeDword(kLoggerKey, "Log Output Location", ZOR_LOG_LOCATION_STDOUT), 0);
+    configureFromSettings();
+    EXPECT_EQ(currentLogLocation(), static_cast<uint32_t>(ZOR_LOG_LOCATION_STDOUT));
+    ASSERT_EQ(storeDword(kLoggerKey, "Log Output Location", 9), 0);
+    configureFromSettings();
+    EXPECT_EQ(currentLogLocation(), static_cast<uint32_t>(ZOR_LOG_LOCATION_STDOUT));
+    ASSERT_EQ(storeString(kLoggerKey, "Log Output Location", "4"), 0);
+    configureFromSettings();
+    EXPECT_EQ(currentLogLocation(), static_cast<uint32_t>(ZOR_LOG_LOCATION_STDERR));
+}
+
+TEST_F(LoggerConfigure, UnreadableTemplateIsKeptWithoutAWarning)
+{
+    storeFileLocation();
+    ASSERT_EQ(storeDword(kLoggerKey, "Log Level", 0xFFFF), 0);
+    ASSERT_EQ(storeDword(kLoggerKey, "Log Format", 7), 0);
+    SetZORLogOutputFormat("[LEVEL] [FUNC] [MSG]");
+    configureFromSettings();
+    EXPECT_FALSE(tollan::logger::configuring());
+    EXPECT_STREQ(GetZORLogOutputFormat(), "[LEVEL] [FUNC] [MSG]");
+    WriteZORLogMessage(ZOR_LOG_INFO, 0, 0, "f", "g", 1, "only line");
+    EXPECT_EQ(readTextFile(logFile_), "INFO g only line\n");
+}
+
+TEST_F(LoggerConfigure, LaterCallsOfConfigureOnceDoNothing)
+{
+    ConfigureZORLoggerOnce();
+    SetZORLogReportingLevels(0x7);
+    ASSERT_EQ(storeDword(kLoggerKey, "Log Level", 0x40), 0);
+    ConfigureZORLoggerOnce();
+    EXPECT_EQ(GetZORLogReportingLevels(), 0x7u);
+}

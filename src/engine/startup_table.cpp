@@ -23,6 +23,7 @@
 #include "engine/frame_steps.h"
 #include "engine/init_chain.h"
 #include "engine/library_slot.h"
+#include "fmtio/library.h"
 
 namespace tollan::engine {
 namespace {
@@ -69,6 +70,13 @@ constexpr StartupStep kSteps[] = {
      .cleanup = {CleanupPhase::protection, cleanup_rank::asyncProtectionFlag, endAsyncProtection}},
 
     // --- WMain ---------------------------------------------------------
+    {.name = "FmtIOLibInitOnce",
+     .stage = Stage::runtimeLibraries,
+     .initOnce = fmtio::FmtIOLibInitOnce,
+     .trace = "FmtIOLibInitOnce returned",
+     .failureCode = kLibraryInitFailed,
+     .cleanup = {CleanupPhase::libraries, cleanup_rank::fmtio, fmtio::FmtIOLibCleanup},
+     .threadCleanup = {thread_cleanup_rank::fmtio, fmtio::FmtIOLibThreadCleanup}},
     {.name = "RuntimeLibrariesReady",
      .stage = Stage::runtimeLibraries,
      .initOnce = markRuntimeLibrariesReady},

@@ -4,6 +4,7 @@
 #include <fstream>
 #include <sstream>
 
+#include <gtest/gtest.h>
 #include <tollan/logger.h>
 
 #include "support/list_allocator.h"
@@ -15,11 +16,18 @@ constexpr const char *kLogFile = "tollan-list-test.log";
 
 const CollectionMemAllocFunctions &base()
 {
-    tollan::support::installDefaultListAllocator();
     return *GetDefaultCollectionMemAllocFunctions();
 }
 
 CollectionMemAllocFunctions probeRecord;
+
+// Start-up installs the default record in the library; these tests do not
+// depend on which start-up chain the test program links.
+struct DefaultRecordInstalled : testing::Environment {
+    void SetUp() override { tollan::support::installDefaultListAllocator(); }
+};
+[[maybe_unused]] testing::Environment *const defaultRecordInstalled =
+    testing::AddGlobalTestEnvironment(new DefaultRecordInstalled);
 
 }  // namespace
 

@@ -24,6 +24,8 @@
 #include "engine/init_chain.h"
 #include "engine/library_slot.h"
 #include "fmtio/library.h"
+#include "support/list_allocator.h"
+#include "timing/library.h"
 
 namespace tollan::engine {
 namespace {
@@ -59,10 +61,18 @@ constexpr StartupStep kSteps[] = {
      .stage = Stage::initApp,
      .initOnce = InitSupport,
      .trace = "InitSupport returned"},
+    {.name = "InstallDefaultListAllocator",
+     .stage = Stage::initApp,
+     .initOnce = []() noexcept { support::installDefaultListAllocator(); return true; }},
     {.name = "HostModule",
      .stage = Stage::initApp,
      .initOnce = rememberHostModule,
      .failureCode = kDebugLinkFailed},
+    {.name = "SetupPCTimer",
+     .stage = Stage::initApp,
+     .initOnce = []() noexcept { timing::SetupPCTimer(); return true; },
+     .trace = "SetupPCTimer returned. Changed timer resolution.",
+     .cleanup = {CleanupPhase::exitApp, cleanup_rank::timerResolution, timing::RestorePCTimer}},
     {.name = "InitAsyncAndMTProtection",
      .stage = Stage::initApp,
      .initOnce = InitAsyncAndMTProtection,
@@ -77,9 +87,20 @@ constexpr StartupStep kSteps[] = {
      .failureCode = kLibraryInitFailed,
      .cleanup = {CleanupPhase::libraries, cleanup_rank::fmtio, fmtio::FmtIOLibCleanup},
      .threadCleanup = {thread_cleanup_rank::fmtio, fmtio::FmtIOLibThreadCleanup}},
+    {.name = "UtilityLibraryInitOnce",
+     .stage = Stage::runtimeLibraries,
+     .initOnce = timing::UtilityLibraryInitOnce,
+     .trace = "UtilityLibraryInitOnce returned",
+     .failureCode = kLibraryInitFailed,
+     .cleanup = {CleanupPhase::libraries, cleanup_rank::utility, timing::UtilityLibraryCleanup},
+     .threadCleanup = {thread_cleanup_rank::utility, timing::UtilityLibraryThreadCleanup}},
     {.name = "RuntimeLibrariesReady",
      .stage = Stage::runtimeLibraries,
      .initOnce = markRuntimeLibrariesReady},
+    {.name = "RegisterUtilityLibraryRunStateChangeCallback",
+     .stage = Stage::runtimeLibraries,
+     .initOnce = timing::RegisterUtilityLibraryRunStateChangeCallback,
+     .trace = "RegisterUtilityLibraryRunStateChangeCallback returned"},
 };
 
 }  // namespace

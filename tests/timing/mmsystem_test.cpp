@@ -1,0 +1,204 @@
+// The timer engine on the multimedia timer, through the exports and, with a
+// device of another minimum period, directly.
+#include <gtest/gtest.h>
+
+#include <tollan/timerengine.h>
+
+#include <chrono>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "timer_checks.h"
+#include "timing/engines.h"
+#include "timing/mmsystem.h"
+
+using namespace tollan;
+using namespace timing_test;
+
+TEST(TimerEngine, InitialisesOnceWithTheMultimediaTimer)
+{
+    ASSERT_EQ(ZORUSTEinitialize(), 1);
+    ASSERT_EQ(timing::chosenEngine(), &timing::mmsystemEngine());
+    EXPECT_EQ(ZORUSTEinitialize(), 1);
+    EXPECT_EQ(timing::chosenEngine(), &timing::mmsystemEngine());
+    EXPECT_EQ(timing::mmsystemEngine().engineObject(), nullptr);
+}
+
+TEST(TimerEngine, ClockAndResolution)
+{
+    ASSERT_EQ(ZORUSTEinitialize(), 1);
+    ZORUSTETimeValue resolution{99, 99};
+    ASSERT_EQ(ZORUSTEresolution(&resolution), ZORUSTE_SUCCESS);
+    EXPECT_EQ(resolution.seconds, 0u);
+    EXPECT_EQ(resolution.nanoseconds, 1000000u);  // the device's 1 ms
+
+    ZORUSTETimeValue first{}, second{};
+    ASSERT_EQ(ZORUSTElocaltime(&first), ZORUSTE_SUCCESS);
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    ASSERT_EQ(ZORUSTElocaltime(&second), ZORUSTE_SUCCESS);
+    EXPECT_EQ(first.nanoseconds % 1000000, 0u);
+    const int64_t elapsedMs = (int64_t{second.seconds} - first.seconds) * 1000 +
+                              (int64_t{second.nanoseconds} - first.nanoseconds) / 1000000;
+    EXPECT_GE(elapsedMs, 19);
+    EXPECT_LT(elapsedMs, 500);
+}
+
+TEST(TimerEngine, BadInputFailsCleanly)
+{
+    ASSERT_EQ(ZORUSTEinitialize(), 1);
+    Counter counter;
+    const ZORUSTETimeValue period = milliseconds(10);
+    EXPECT_EQ(ZORUSTElocaltime(nullptr), ZORUSTE_ERR_NULL_POINTER);
+    EXPECT_EQ(ZORUSTEresolution(nullptr), ZORUSTE_ERR_NULL_POINTER);
+    EXPECT_EQ(ZORUSTEnewtimer(nullptr, &counter), nullptr);
+    EXPECT_EQ(ZORUSTEdiscardtimer(nullptr), ZORUSTE_ERR_INVALID_TIMER);
+    EXPECT_EQ(ZORUSTEdiscardtimer(&counter), ZORUSTE_ERR_INVALID_TIMER);  // never a timer
+    EXPECT_EQ(ZORUSTEsettimer(nullptr, &period), 0);
+    EXPECT_EQ(ZORUSTEgetpriority(&counter), ZORUSTE_PRIORITY_ERROR);
+
+    void *timer = ZORUSTEnewtimer(&Counter::callback, &counter);
+    ASSERT_NE(timer, nullptr);
+    EXPECT_EQ(ZORUSTEsettimer(timer, nullptr), 0);
+    const ZORUSTETimeValue zero{0, 0};
+    const ZORUSTETimeValue belowOneMs{0, 999999};
+    EXPECT_EQ(ZORUSTEsettimer(timer, &zero), 0);
+    EXPECT_EQ(ZORUSTEsettimer(timer, &belowOneMs), 0);
+    EXPECT_EQ(ZORUSTEsetpriority(timer, 2), 0);
+    EXPECT_EQ(ZORUSTEgetpriority(timer), 0);
+    EXPECT_EQ(ZORUSTEdiscardtimer(timer), ZORUSTE_SUCCESS);
+    EXPECT_EQ(ZORUSTEdiscardtimer(timer), ZORUSTE_ERR_INVALID_TIMER);
+    EXPECT_EQ(ZORUSTEsettimer(timer, &period), 0);
+    EXPECT_EQ(counter.calls.load(), 0);
+}
+
+TEST(TimerEngine, CallsBackOncePerPeriod)
+{
+    ASSERT_EQ(ZORUSTEinitialize(), 1);
+    Counter counter;
+    void *timer = ZORUSTEnewtimer(&Counter::callback, &counter);
+    ASSERT_NE(timer, nullptr);
+    const double periods = runFor(timer, 10, 300);
+    ASSERT_GT(periods, 0);
+    EXPECT_TRUE(plausibleCount(counter.calls.load(), periods)) << counter.calls.load() << " in " << periods;
+    const int afterDiscard = counter.calls.load();
+    std::this_thread::sleep_for(std::chrono::milliseconds(40));
+    EXPECT_EQ(counter.calls.load(), afterDiscard);
+}
+
+TEST(TimerEngine, DiscardFromTheTimersOwnCallback)
+{
+    ASSERT_EQ(ZORUSTEinitialize(), 1);
+    expectDiscardFromOwnCallback();
+}
+
+namespace {
+
+// The real service, with a device whose minimum period is 10 ms; it notes the
+// events it is asked for.
+struct EventRequest {
+    uint32_t delayMs;
+    bool periodic;
+};
+std::mutex requestsLock;
+std::vector<EventRequest> requests;
+
+class CoarseDevice final : public platform::MultimediaTimer {
+public:
+    explicit CoarseDevice(std::unique_ptr<platform::MultimediaTimer> real) : real_(std::move(real)) {}
+    uint32_t timeMs() noexcept override { return real_->timeMs(); }
+    uint32_t systemTimeMs() noexcept override { return real_->systemTimeMs(); }
+    uint32_t deviceCaps(uint32_t *minPeriodMs, uint32_t *maxPeriodMs) noexcept override
+    {
+        *minPeriodMs = 10;
+        *maxPeriodMs = 1000000;
+        return platform::kTimerNoError;
+    }
+    uint32_t beginPeriod(uint32_t periodMs) noexcept override { return real_->beginPeriod(periodMs); }
+    uint32_t endPeriod(uint32_t periodMs) noexcept override { return real_->endPeriod(periodMs); }
+    uint32_t setEvent(uint32_t delayMs, uint32_t resolutionMs, platform::TimerEventTarget *target,
+                      bool periodic) noexcept override
+    {
+        {
+            std::lock_guard guard(requestsLock);
+            requests.push_back(EventRequest{delayMs, periodic});
+        }
+        return real_->setEvent(delayMs, resolutionMs, target, periodic);
+    }
+    uint32_t killEvent(uint32_t eventId) noexcept override { return real_->killEvent(eventId); }
+
+private:
+    std::unique_ptr<platform::MultimediaTimer> real_;
+};
+
+std::unique_ptr<platform::MultimediaTimer> loadCoarseDevice() noexcept
+{
+    auto real = platform::MultimediaTimer::load();
+    if (!real) return nullptr;
+    return std::make_unique<CoarseDevice>(std::move(real));
+}
+
+std::vector<EventRequest> takeRequests()
+{
+    std::lock_guard guard(requestsLock);
+    return std::move(requests);
+}
+
+// Events may still arrive for a discarded timer, so the engine stays.
+timing::MMSystem &coarseEngine()
+{
+    static auto *engine = new timing::MMSystem(&loadCoarseDevice);
+    return *engine;
+}
+
+}  // namespace
+
+TEST(TimerEngine, PeriodsBelowTheDeviceMinimumAreRaised)
+{
+    timing::MMSystem &engine = coarseEngine();
+    ASSERT_TRUE(engine.startUp());
+    ZORUSTETimeValue resolution{};
+    ASSERT_EQ(engine.resolution(&resolution), ZORUSTE_SUCCESS);
+    EXPECT_EQ(resolution.nanoseconds, 10000000u);
+
+    Counter counter;
+    void *timer = engine.newTimer(&Counter::callback, &counter);
+    ASSERT_NE(timer, nullptr);
+    takeRequests();
+    ASSERT_TRUE(engine.setTimer(timer, milliseconds(3)));
+    const std::vector<EventRequest> made = takeRequests();
+    ASSERT_EQ(made.size(), 1u);
+    EXPECT_EQ(made[0].delayMs, 10u);
+    EXPECT_TRUE(made[0].periodic);
+    engine.discardTimer(timer);
+}
+
+TEST(TimerEngine, LongPeriodsAreChainsOfOneShotEvents)
+{
+    timing::MMSystem &engine = coarseEngine();
+    ASSERT_TRUE(engine.startUp());
+    timing::MMSystem::setChainLimitForTesting(25);
+    Counter counter;
+    void *timer = engine.newTimer(&Counter::callback, &counter);
+    ASSERT_NE(timer, nullptr);
+    takeRequests();
+    const auto start = std::chrono::steady_clock::now();
+    ASSERT_TRUE(engine.setTimer(timer, milliseconds(60)));
+    std::this_thread::sleep_for(std::chrono::milliseconds(400));
+    engine.discardTimer(timer);
+    const double periods =
+        std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count() / 60;
+    timing::MMSystem::setChainLimitForTesting(0);
+
+    EXPECT_TRUE(plausibleCount(counter.calls.load(), periods)) << counter.calls.load() << " in " << periods;
+    const std::vector<EventRequest> made = takeRequests();
+    EXPECT_GE(made.size(), 2 * static_cast<size_t>(counter.calls.load()));  // at least two links per period
+    for (const EventRequest &request : made) {
+        EXPECT_FALSE(request.periodic);
+        EXPECT_LE(request.delayMs, 25u);
+    }
+    // Run on; the discarded timer must stay silent.
+    const int afterDiscard = counter.calls.load();
+    std::this_thread::sleep_for(std::chrono::milliseconds(80));
+    EXPECT_EQ(counter.calls.load(), afterDiscard);
+}

@@ -1,0 +1,124 @@
+// The timer engine on the external timing engine: the test engine library
+// built beside this program is loaded for real, and made the chosen engine
+// for these tests (the multimedia timer would win otherwise).
+#include <gtest/gtest.h>
+
+#include <tollan/timerengine.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "timer_checks.h"
+#include "timing/engines.h"
+#include "timing/qwuste_engine.h"
+
+using namespace tollan;
+using namespace timing_test;
+
+namespace {
+
+class ExternalEngine : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        previous_ = timing::chosenEngine();
+        ASSERT_TRUE(timing::qwusteEngine().startUp()) << "the test engine library is missing";
+        timing::setChosenEngineForTesting(&timing::qwusteEngine());
+    }
+    void TearDown() override { timing::setChosenEngineForTesting(previous_); }
+
+private:
+    timing::ZORUSTE *previous_ = nullptr;
+};
+
+}  // namespace
+
+TEST_F(ExternalEngine, ClockAndResolutionComeFromTheEngine)
+{
+    auto *engine = static_cast<timing::QwusteEngine *>(timing::qwusteEngine().engineObject());
+    ASSERT_NE(engine, nullptr);
+    ZORUSTETimeValue resolution{};
+    ASSERT_EQ(ZORUSTEresolution(&resolution), ZORUSTE_SUCCESS);
+    EXPECT_EQ(resolution.seconds, 0u);
+    EXPECT_EQ(resolution.nanoseconds, 1000u);  // 1 / 10^6 ticks
+
+    ZORUSTETimeValue now{};
+    const int64_t before = engine->currentTimeNs();
+    ASSERT_EQ(ZORUSTElocaltime(&now), ZORUSTE_SUCCESS);
+    const int64_t after = engine->currentTimeNs();
+    const int64_t reported = int64_t{now.seconds} * 1000000000 + now.nanoseconds;
+    EXPECT_GE(reported, before);
+    EXPECT_LE(reported, after);
+    EXPECT_LT(now.nanoseconds, 1000000000u);
+}
+
+TEST_F(ExternalEngine, CallsBackOncePerPeriod)
+{
+    Counter counter;
+    void *timer = ZORUSTEnewtimer(&Counter::callback, &counter);
+    ASSERT_NE(timer, nullptr);
+    const double periods = runFor(timer, 10, 300);
+    ASSERT_GT(periods, 0);
+    EXPECT_TRUE(plausibleCount(counter.calls.load(), periods)) << counter.calls.load() << " in " << periods;
+}
+
+TEST_F(ExternalEngine, NoCallbackRunsAfterDiscardReturns)
+{
+    struct Watched {
+        std::atomic<int> calls{0};
+        std::atomic<bool> inside{false};
+        static void callback(void *context)
+        {
+            auto *self = static_cast<Watched *>(context);
+            self->inside = true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+            ++self->calls;
+            self->inside = false;
+        }
+    } watched;
+    void *timer = ZORUSTEnewtimer(&Watched::callback, &watched);
+    ASSERT_NE(timer, nullptr);
+    const ZORUSTETimeValue period = milliseconds(1);
+    ASSERT_EQ(ZORUSTEsettimer(timer, &period), 1);
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    ASSERT_EQ(ZORUSTEdiscardtimer(timer), ZORUSTE_SUCCESS);
+    EXPECT_FALSE(watched.inside.load());
+    const int calls = watched.calls.load();
+    EXPECT_GT(calls, 0);
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    EXPECT_EQ(watched.calls.load(), calls);
+}
+
+TEST_F(ExternalEngine, DiscardFromTheTimersOwnCallback)
+{
+    expectDiscardFromOwnCallback();
+}
+
+TEST_F(ExternalEngine, PeriodZeroBecomesOneMicrosecond)
+{
+    Counter counter;
+    void *timer = ZORUSTEnewtimer(&Counter::callback, &counter);
+    ASSERT_NE(timer, nullptr);
+    const ZORUSTETimeValue zero{0, 0};
+    ASSERT_EQ(ZORUSTEsettimer(timer, &zero), 1);
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    ASSERT_EQ(ZORUSTEdiscardtimer(timer), ZORUSTE_SUCCESS);
+    EXPECT_GT(counter.calls.load(), 20);  // far more than one per millisecond slot would give
+}
+
+TEST_F(ExternalEngine, TimersThatNeverRanAndPriorities)
+{
+    Counter counter;
+    void *timer = ZORUSTEnewtimer(&Counter::callback, &counter);
+    ASSERT_NE(timer, nullptr);
+    const int32_t priority = ZORUSTEgetpriority(timer);
+    EXPECT_TRUE(priority == 0 || priority == 2) << priority;  // raising it needs a privilege on POSIX
+    EXPECT_EQ(ZORUSTEsetpriority(timer, 0), 1);
+    EXPECT_EQ(ZORUSTEgetpriority(timer), 0);
+    const ZORUSTETimeValue tooLong{3000, 0};  // beyond 2^31 microseconds
+    EXPECT_EQ(ZORUSTEsettimer(timer, &tooLong), 0);
+    EXPECT_EQ(ZORUSTEdiscardtimer(timer), ZORUSTE_SUCCESS);  // its thread still waits for a first period
+    EXPECT_EQ(ZORUSTEdiscardtimer(timer), ZORUSTE_ERR_INVALID_TIMER);
+    EXPECT_EQ(counter.calls.load(), 0);
+}

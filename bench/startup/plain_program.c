@@ -1,0 +1,5 @@
+/* The baseline for process start-up: a program that links nothing of ours. */
+int main(void)
+{
+    return 0;
+}

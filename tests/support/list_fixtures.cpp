@@ -21,15 +21,21 @@ const CollectionMemAllocFunctions &base()
 
 CollectionMemAllocFunctions probeRecord;
 
-// Start-up installs the default record in the library; these tests do not
-// depend on which start-up chain the test program links.
+// Start-up installs the default record; the environment notes whether it did
+// before making sure of it, so that a broken chain fails one test, not all.
 struct DefaultRecordInstalled : testing::Environment {
-    void SetUp() override { tollan::support::installDefaultListAllocator(); }
+    void SetUp() override
+    {
+        defaultRecordInstalledAtStartup = base().newHand != nullptr;
+        tollan::support::installDefaultListAllocator();
+    }
 };
 [[maybe_unused]] testing::Environment *const defaultRecordInstalled =
     testing::AddGlobalTestEnvironment(new DefaultRecordInstalled);
 
 }  // namespace
+
+bool defaultRecordInstalledAtStartup;
 
 int ProbeAllocator::newHand, ProbeAllocator::disposeHand, ProbeAllocator::setHSz, ProbeAllocator::newPtr,
     ProbeAllocator::disposePtr, ProbeAllocator::hLock, ProbeAllocator::hUnlock;

@@ -9,6 +9,9 @@
 
 namespace listtest {
 
+// Whether the library's start-up chain had installed the default record.
+extern bool defaultRecordInstalledAtStartup;
+
 // A record over the default callbacks. Counters and failure switches are
 // global because callbacks carry no context; reset() before each use.
 struct ProbeAllocator {

@@ -134,6 +134,7 @@ TEST(ListPositions, WholeListsInsertAppendAndCopy)
 
 TEST(ListPositions, StackPushesAndPopsAtTheEnd)
 {
+    EXPECT_TRUE(listtest::defaultRecordInstalledAtStartup);
     StackType stack = nullptr;
     EXPECT_EQ(SNew(nullptr, 4), 2);
     ASSERT_EQ(SNew(&stack, sizeof(int32_t)), 0);

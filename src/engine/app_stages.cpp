@@ -12,7 +12,7 @@ namespace tollan::engine {
 int32_t WInitApp([[maybe_unused]] int argc, [[maybe_unused]] char **argv) noexcept
 {
     constexpr TraceSite site{ZOR_LOG_TRACE, "mgsource/window", "WInitApp"};
-    const StartupStep *failed = runStage(Stage::initApp, site);
+    const StartupStep *failed = runStage(startupSteps(), Stage::initApp, site);
     const int32_t result = failed != nullptr ? failed->failureCode : 0;
     if (result == 0) {
         // The application name is also used as a C string.
@@ -30,7 +30,7 @@ int32_t WMain() noexcept
     TOLLAN_LOG(site.level, site.module, site.function, "ConfigureZORLoggerOnce returned");
     TOLLAN_LOG(site.level, site.module, site.function, "ENTER");
 
-    const StartupStep *failed = runStage(Stage::runtimeLibraries, site);
+    const StartupStep *failed = runStage(startupSteps(), Stage::runtimeLibraries, site);
     const int32_t result = failed != nullptr ? failed->failureCode : 0;
     TOLLAN_LOG(site.level, site.module, site.function, "Cleanup code: error = %d", result);
     TOLLAN_LOG(site.level, site.module, site.function, "Returning %d", result);

@@ -8,10 +8,10 @@ namespace tollan::engine {
 
 void CloseRTDll() noexcept
 {
-    runCleanups(CleanupPhase::libraries);
+    runCleanups(startupSteps(), CleanupPhase::libraries);
     WExitApp();
-    runCleanups(CleanupPhase::protection);
-    runCleanups(CleanupPhase::threadVariables);
+    runCleanups(startupSteps(), CleanupPhase::protection);
+    runCleanups(startupSteps(), CleanupPhase::threadVariables);
     state.closed.store(true);
 }
 
@@ -19,7 +19,7 @@ void WExitApp() noexcept
 {
     if (!state.asyncProtection) return;
     TOLLAN_LOG(ZOR_LOG_INFO, "mgsource/window", "WExitApp", "exiting app ");
-    runCleanups(CleanupPhase::exitApp);
+    runCleanups(startupSteps(), CleanupPhase::exitApp);
 }
 
 }  // namespace tollan::engine

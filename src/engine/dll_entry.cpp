@@ -26,7 +26,7 @@ int32_t processAttach(void *moduleInstance) noexcept
     state.moduleInstance = moduleInstance;
     ConfigureZORLoggerOnce();
     TOLLAN_LOG(kDllMain.level, kDllMain.module, kDllMain.function, "DLL_PROCESS_ATTACH");
-    if (const StartupStep *failed = runStage(Stage::processAttach, kDllMain)) {
+    if (const StartupStep *failed = runStage(startupSteps(), Stage::processAttach, kDllMain)) {
         if (failed->onFailure == AttachFailure::closeAndRefuse) CloseRTDll();
         return returning(0);
     }
@@ -42,7 +42,7 @@ int32_t processDetach() noexcept
         CloseRTDll();
         TOLLAN_LOG(kDllMain.level, kDllMain.module, kDllMain.function, "CloseRTDll returned");
     }
-    runCleanups(CleanupPhase::afterClose);
+    runCleanups(startupSteps(), CleanupPhase::afterClose);
     return returning(1);
 }
 
@@ -50,7 +50,7 @@ int32_t threadDetach() noexcept
 {
     TOLLAN_LOG(kDllMain.level, kDllMain.module, kDllMain.function, "DLL_THREAD_DETACH: thread %d",
                static_cast<int>(platform::currentThreadId()));
-    if (threadHasBlock()) runThreadCleanups();
+    if (threadHasBlock()) runThreadCleanups(startupSteps());
     threadVars().freeThreadBlock();
     return returning(1);
 }

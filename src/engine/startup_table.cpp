@@ -63,14 +63,22 @@ constexpr StartupStep kSteps[] = {
      .trace = "InitSupport returned"},
     {.name = "InstallDefaultListAllocator",
      .stage = Stage::initApp,
-     .initOnce = []() noexcept { support::installDefaultListAllocator(); return true; }},
+     .initOnce =
+         []() noexcept {
+             support::installDefaultListAllocator();
+             return true;
+         }},
     {.name = "HostModule",
      .stage = Stage::initApp,
      .initOnce = rememberHostModule,
      .failureCode = kDebugLinkFailed},
     {.name = "SetupPCTimer",
      .stage = Stage::initApp,
-     .initOnce = []() noexcept { timing::SetupPCTimer(); return true; },
+     .initOnce =
+         []() noexcept {
+             timing::SetupPCTimer();
+             return true;
+         },
      .trace = "SetupPCTimer returned. Changed timer resolution.",
      .cleanup = {CleanupPhase::exitApp, cleanup_rank::timerResolution, timing::RestorePCTimer}},
     {.name = "InitAsyncAndMTProtection",

@@ -13,11 +13,11 @@ constexpr const char *kModule = "mgsource/window";
 // needs no allocation while the process is unloading.
 constexpr size_t kMaxSteps = 64;
 
-void runInRankOrder(auto selected, auto rankOf, auto run)
+void runInRankOrder(std::span<const StartupStep> steps, auto selected, auto rankOf, auto run)
 {
     std::array<const StartupStep *, kMaxSteps> order{};
     size_t count = 0;
-    for (const StartupStep &step : startupSteps()) {
+    for (const StartupStep &step : steps) {
         if (!selected(step) || count == order.size()) continue;
         size_t at = count++;
         for (; at > 0 && rankOf(*order[at - 1]) > rankOf(step); --at) order[at] = order[at - 1];
@@ -28,9 +28,9 @@ void runInRankOrder(auto selected, auto rankOf, auto run)
 
 }  // namespace
 
-const StartupStep *runStage(Stage stage, const TraceSite &site) noexcept
+const StartupStep *runStage(std::span<const StartupStep> steps, Stage stage, const TraceSite &site) noexcept
 {
-    for (const StartupStep &step : startupSteps()) {
+    for (const StartupStep &step : steps) {
         if (step.stage != stage) continue;
         if (!step.initOnce()) {
             if (stage == Stage::processAttach || step.failureCode != 0) return &step;
@@ -40,12 +40,12 @@ const StartupStep *runStage(Stage stage, const TraceSite &site) noexcept
     return nullptr;
 }
 
-void runCleanups(CleanupPhase phase) noexcept
+void runCleanups(std::span<const StartupStep> steps, CleanupPhase phase) noexcept
 {
     const uint32_t level = phase == CleanupPhase::afterClose ? ZOR_LOG_DLLMAIN : ZOR_LOG_TRACE;
     const char *function = phase == CleanupPhase::afterClose ? "DllMain" : "CloseRTDll";
     runInRankOrder(
-        [phase](const StartupStep &step) { return step.cleanup.phase == phase && step.cleanup.run; },
+        steps, [phase](const StartupStep &step) { return step.cleanup.phase == phase && step.cleanup.run; },
         [](const StartupStep &step) { return step.cleanup.rank; },
         [&](const StartupStep &step) {
             step.cleanup.run();
@@ -53,11 +53,12 @@ void runCleanups(CleanupPhase phase) noexcept
         });
 }
 
-void runThreadCleanups() noexcept
+void runThreadCleanups(std::span<const StartupStep> steps) noexcept
 {
-    runInRankOrder([](const StartupStep &step) { return step.threadCleanup.run != nullptr; },
-                   [](const StartupStep &step) { return step.threadCleanup.rank; },
-                   [](const StartupStep &step) { step.threadCleanup.run(); });
+    runInRankOrder(
+        steps, [](const StartupStep &step) { return step.threadCleanup.run != nullptr; },
+        [](const StartupStep &step) { return step.threadCleanup.rank; },
+        [](const StartupStep &step) { step.threadCleanup.run(); });
 }
 
 }  // namespace tollan::engine

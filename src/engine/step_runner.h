@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "engine/startup_table.h"
 
@@ -17,12 +18,12 @@ struct TraceSite {
 // Runs the rows of `stage` in order, tracing each success. Returns the row
 // that stopped the stage, or null when every row ran. In the processAttach
 // stage every failure stops; elsewhere only a row with a failure code does.
-const StartupStep *runStage(Stage stage, const TraceSite &site) noexcept;
+const StartupStep *runStage(std::span<const StartupStep> steps, Stage stage, const TraceSite &site) noexcept;
 
 // Runs the clean-ups of one phase by ascending rank (row order among equals).
-void runCleanups(CleanupPhase phase) noexcept;
+void runCleanups(std::span<const StartupStep> steps, CleanupPhase phase) noexcept;
 
 // Runs every row's per-thread clean-up by ascending rank.
-void runThreadCleanups() noexcept;
+void runThreadCleanups(std::span<const StartupStep> steps) noexcept;
 
 }  // namespace tollan::engine

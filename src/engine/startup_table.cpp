@@ -11,8 +11,8 @@
 //      .cleanup = {CleanupPhase::libraries, cleanup_rank::fmtio, fmtio::FmtIOLibCleanup},
 //      .threadCleanup = {thread_cleanup_rank::fmtio, fmtio::FmtIOLibThreadCleanup}},
 //
-// A step whose operation returns nothing is wrapped in a captureless lambda:
-//     .initOnce = []() noexcept { timing::SetupPCTimer(); return true; },
+// A step whose operation returns nothing (it cannot fail) is wrapped:
+//     .initOnce = cannotFail<timing::SetupPCTimer>,
 // Fields left out mean: no trace, a failure does not stop the chain, no
 // clean-up, no per-thread clean-up. Shutdown and thread detach do not follow
 // the row order; they follow the phases and ranks of startup_table.h.
@@ -63,22 +63,14 @@ constexpr StartupStep kSteps[] = {
      .trace = "InitSupport returned"},
     {.name = "InstallDefaultListAllocator",
      .stage = Stage::initApp,
-     .initOnce =
-         []() noexcept {
-             support::installDefaultListAllocator();
-             return true;
-         }},
+     .initOnce = cannotFail<support::installDefaultListAllocator>},
     {.name = "HostModule",
      .stage = Stage::initApp,
      .initOnce = rememberHostModule,
      .failureCode = kDebugLinkFailed},
     {.name = "SetupPCTimer",
      .stage = Stage::initApp,
-     .initOnce =
-         []() noexcept {
-             timing::SetupPCTimer();
-             return true;
-         },
+     .initOnce = cannotFail<timing::SetupPCTimer>,
      .trace = "SetupPCTimer returned. Changed timer resolution.",
      .cleanup = {CleanupPhase::exitApp, cleanup_rank::timerResolution, timing::RestorePCTimer}},
     {.name = "InitAsyncAndMTProtection",

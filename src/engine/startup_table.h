@@ -89,6 +89,14 @@ struct StartupStep {
     ThreadCleanup threadCleanup = {};
 };
 
+// The init-once of a step whose operation cannot fail.
+template <void (*operation)() noexcept>
+bool cannotFail() noexcept
+{
+    operation();
+    return true;
+}
+
 // Every row, in start-up order.
 std::span<const StartupStep> startupSteps() noexcept;
 

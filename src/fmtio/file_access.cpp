@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
+#include <new>
 
 #include "fmtio/text_mode.h"
 
@@ -17,31 +19,42 @@ bool isText(const FileSlot &file) noexcept
 
 // Gathers translated bytes and hands them to the system a chunk at a time,
 // so that a text write costs one system call per chunk, not per line.
+// Short writes (most lines) use a buffer on the stack; long ones a larger
+// one from the heap, when there is memory for it.
 class ChunkWriter {
 public:
-    explicit ChunkWriter(platform::NativeFile osFile) noexcept : osFile_(osFile) {}
+    ChunkWriter(platform::NativeFile osFile, size_t expectedBytes) noexcept : osFile_(osFile)
+    {
+        if (expectedBytes > sizeof local_) {
+            heap_.reset(new (std::nothrow) char[kLargeChunk]);
+            if (heap_ != nullptr) {
+                chunk_ = heap_.get();
+                capacity_ = kLargeChunk;
+            }
+        }
+    }
 
     int32_t put(const char *data, size_t length, bool text) noexcept
     {
         while (length > 0) {
-            if (used_ == sizeof chunk_) {
+            if (used_ == capacity_) {
                 if (const int32_t error = flush(); error != kNone) return error;
             }
             size_t taken;
             if (text) {
-                used_ += expandLineFeeds(data, length, chunk_ + used_, sizeof chunk_ - used_, &taken);
-                if (taken == 0 && used_ > 0) {
+                used_ += expandLineFeeds(data, length, chunk_ + used_, capacity_ - used_, &taken);
+                if (taken == 0) {
                     // Too little room left for a CR LF pair.
                     if (const int32_t error = flush(); error != kNone) return error;
                 }
-            } else if (used_ == 0 && length >= sizeof chunk_) {
+            } else if (used_ == 0 && length >= capacity_) {
                 // Large binary blocks go to the system as they stand.
                 if (const int32_t error = platform::writeFile(osFile_, data, static_cast<uint32_t>(length));
                     error != kNone)
                     return error;
                 taken = length;
             } else {
-                taken = std::min(length, sizeof chunk_ - used_);
+                taken = std::min(length, capacity_ - used_);
                 std::memcpy(chunk_ + used_, data, taken);
                 used_ += taken;
             }
@@ -59,9 +72,14 @@ public:
     }
 
 private:
+    static constexpr size_t kLargeChunk = size_t{64} << 10;
+
     platform::NativeFile osFile_;
+    std::unique_ptr<char[]> heap_;
+    char local_[2048];
+    char *chunk_ = local_;
+    size_t capacity_ = sizeof local_;
     size_t used_ = 0;
-    char chunk_[16384];
 };
 
 }  // namespace
@@ -130,7 +148,8 @@ int32_t writeData(FileSlot &file, const char *data, uint32_t count, bool newline
     const bool text = isText(file);
     if (!text && !newline) return platform::writeFile(file.osFile, data, count);
 
-    ChunkWriter writer(file.osFile);
+    // Text may double in size: every byte could be an LF.
+    ChunkWriter writer(file.osFile, text ? 2 * size_t{count} + 2 : size_t{count} + 1);
     int32_t error = writer.put(data, count, text);
     if (error == kNone && newline) error = writer.put("\n", 1, text);
     if (error == kNone) error = writer.flush();

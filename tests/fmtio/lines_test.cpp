@@ -16,10 +16,17 @@ TEST_F(FmtioFileTest, WriteLineAddsOneLineFeed)
     EXPECT_EQ(ZOR_CloseFile(binary), 0);
     EXPECT_EQ(readRaw("b"), "abc\nx\n\n");
 
+    const std::string longLine(3000, 'x');
     const int32_t text = open("t", 2, 0, 1);
     EXPECT_EQ(WriteLine(text, "a\nb", -1), 3);
+    EXPECT_EQ(WriteLine(text, longLine.c_str(), 1500), 1500);
     EXPECT_EQ(ZOR_CloseFile(text), 0);
-    EXPECT_EQ(readRaw("t"), "a\r\nb\r\n");
+    EXPECT_EQ(readRaw("t"), "a\r\nb\r\n" + longLine.substr(0, 1500) + "\r\n");
+
+    const int32_t longBinary = open("long", 2, 0, 0);
+    EXPECT_EQ(WriteLine(longBinary, longLine.c_str(), -1), 3000);
+    EXPECT_EQ(ZOR_CloseFile(longBinary), 0);
+    EXPECT_EQ(readRaw("long"), longLine + "\n");
 }
 
 TEST_F(FmtioFileTest, ReadLineStoresWhatFitsAndCountsEverything)

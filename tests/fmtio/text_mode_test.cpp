@@ -24,11 +24,11 @@ std::string withCarriageReturns(const std::string &text)
     return image;
 }
 
-// Lines whose LFs fall on and around the writer's chunk boundaries.
+// Lines whose LFs fall on and around the writer's buffer boundaries.
 std::string awkwardText()
 {
     std::string text;
-    for (size_t length : {16383u, 16382u, 0u, 1u, 16384u, 40000u, 7u}) {
+    for (size_t length : {65535u, 65534u, 0u, 1u, 65536u, 70000u, 2047u, 2046u, 7u}) {
         text.append(length, static_cast<char>('a' + length % 26));
         text += '\n';
     }
@@ -71,12 +71,16 @@ TEST_F(FmtioFileTest, TextWritesCarriageReturnLineFeed)
 
 TEST_F(FmtioFileTest, TextReadsDropCarriageReturnsWhateverTheReadSize)
 {
-    const std::string text = awkwardText();
-    writeRaw("t", withCarriageReturns(text) + "\r\r\n\r");
-    for (int64_t chunk : {1, 2, 3, 7, 4096, 65536}) {
+    // Small reads on a short text, large ones on the long one.
+    const std::string shortText = "x\ny\n\n\rz\r\n";
+    const std::string longText = awkwardText();
+    writeRaw("short", withCarriageReturns(shortText) + "\r\r\n\r");
+    writeRaw("long", withCarriageReturns(longText) + "\r\r\n\r");
+    for (int64_t chunk : {1, 2, 3, 4, 7, 4096, 65536}) {
         SCOPED_TRACE(chunk);
-        const int32_t handle = open("t", 1, 2, 1);
-        EXPECT_EQ(readAll(handle, chunk), text + "\r\n\r");
+        const char *name = chunk < 100 ? "short" : "long";
+        const int32_t handle = open(name, 1, 2, 1);
+        EXPECT_EQ(readAll(handle, chunk), (chunk < 100 ? shortText : longText) + "\r\n\r");
         EXPECT_EQ(ZOR_CloseFile(handle), 0);
     }
 

@@ -7,3 +7,8 @@ else()
   set_property(TARGET test_platform APPEND PROPERTY BUILD_RPATH $<TARGET_FILE_DIR:tollanprobe>)
 endif()
 add_dependencies(test_platform tollanprobe)
+# Sanitizers intercept dlopen, which then searches as their own library would:
+# the search path has to come from the environment too.
+if(NOT WIN32)
+  set_property(TEST platform APPEND PROPERTY ENVIRONMENT LD_LIBRARY_PATH=$<TARGET_FILE_DIR:tollanprobe>)
+endif()

@@ -80,6 +80,8 @@ TEST(ThreadExit, HandlerRunsForArmedThreadsWithTheirSlotsIntact)
     // Many slots, so that the watched one is not the first the system would clear.
     TlsIndex others[40];
     for (TlsIndex &other : others) ASSERT_TRUE(tlsAlloc(&other));
+    handlerRuns = 0;
+    valueSeenAtExit = nullptr;
     const ThreadExitHandler previous = setThreadExitHandler(countExit);
 
     int marker = 0;

@@ -3,6 +3,7 @@
 // Windows hands over an abandoned mutex.
 #include <pthread.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <new>
@@ -29,13 +30,9 @@ public:
 
     WaitResult acquire(uint32_t timeoutMs) noexcept override
     {
-        int error;
-        if (timeoutMs == kWaitForever) {
-            error = pthread_mutex_lock(mutex_);
-        } else {
-            const timespec deadline = posix::monotonicDeadline(timeoutMs);
-            error = pthread_mutex_clocklock(mutex_, CLOCK_MONOTONIC, &deadline);
-        }
+        int error = pthread_mutex_trylock(mutex_);
+        if (error == EBUSY)
+            error = timeoutMs == kWaitForever ? pthread_mutex_lock(mutex_) : lockBefore(timeoutMs);
         if (error == EOWNERDEAD) error = pthread_mutex_consistent(mutex_);
         if (error == 0) {
             held_.fetch_add(1, std::memory_order_relaxed);
@@ -50,6 +47,24 @@ public:
     }
 
 private:
+    // pthread_mutex_timedlock measures on the wall clock, which may jump: the
+    // wait goes in short slices, each bounded by what the monotonic clock
+    // says is left.
+    int lockBefore(uint32_t timeoutMs) noexcept
+    {
+        const timespec deadline = posix::monotonicDeadline(timeoutMs);
+        for (;;) {
+            const uint32_t sliceMs = std::min<uint32_t>(posix::remainingMs(deadline), 100);
+            timespec sliceEnd{};
+            clock_gettime(CLOCK_REALTIME, &sliceEnd);
+            sliceEnd.tv_nsec += static_cast<long>(sliceMs) * 1000000L;
+            sliceEnd.tv_sec += sliceEnd.tv_nsec / 1000000000L;
+            sliceEnd.tv_nsec %= 1000000000L;
+            const int error = pthread_mutex_timedlock(mutex_, &sliceEnd);
+            if (error != ETIMEDOUT || posix::remainingMs(deadline) == 0) return error;
+        }
+    }
+
     std::unique_ptr<posix::NamedRegion> region_;
     pthread_mutex_t *mutex_;
     std::atomic<int> held_{0};  // acquisitions through this object not yet released

@@ -252,7 +252,11 @@ TOLLAN_API ListType LAppend(ListType list1, ListType list2) TOLLAN_NOEXCEPT;
  */
 TOLLAN_API int32_t LInsertItemInOrderEx(ListType list, const void *item, ListCompareFunction compare,
                                         int32_t allowDuplicates, int32_t *found) TOLLAN_NOEXCEPT;
-/* Inserts every item of other into the sorted list in order, duplicates included. */
+/*
+ * Inserts every item of other (same item size, not list itself) into the
+ * sorted list in order, duplicates included. Returns 0, or 1 / 45 as
+ * LInsertItemInOrderEx for bad arguments.
+ */
 TOLLAN_API int32_t LInsertListInOrder(ListType list, ListType other,
                                       ListCompareFunction compare) TOLLAN_NOEXCEPT;
 

@@ -20,7 +20,7 @@ bool LineBuffer::reserve(size_t length) noexcept
     return true;
 }
 
-void LineBuffer::append(const char *text, size_t length) noexcept
+void LineBuffer::appendGrowing(const char *text, size_t length) noexcept
 {
     if (!reserve(size_ + length)) length = capacity_ - size_;
     std::memcpy(data_ + size_, text, length);

@@ -6,6 +6,7 @@
 #include <cstdarg>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 
 #include <tollan/export.h>
@@ -22,7 +23,17 @@ public:
     const char *data() const noexcept { return data_; }
     size_t size() const noexcept { return size_; }
 
-    void append(const char *text, size_t length) noexcept;
+    void append(const char *text, size_t length) noexcept
+    {
+        // Lines are built from many short pieces: the common case stays inline.
+        if (length <= capacity_ - size_) {
+            std::memcpy(data_ + size_, text, length);
+            size_ += length;
+            data_[size_] = '\0';
+        } else {
+            appendGrowing(text, length);
+        }
+    }
     // A null text appends nothing.
     void append(const char *text) noexcept;
     void append(char c) noexcept { append(&c, 1); }
@@ -37,6 +48,7 @@ public:
     void truncate(size_t length) noexcept;
 
 private:
+    void appendGrowing(const char *text, size_t length) noexcept;
     // Makes room for `length` characters plus the terminator; false when the
     // memory cannot be had.
     bool reserve(size_t length) noexcept;

@@ -4,7 +4,6 @@
 #include <new>
 
 #include "logger/levels.h"
-#include "platform/clock.h"
 #include "platform/thread.h"
 
 namespace tollan::logger {
@@ -14,20 +13,6 @@ namespace {
 // Indexed by LineTemplate::Field.
 constexpr const char *kFieldNames[] = {"[TIME]",  "[FILE]",   "[LINE]", "[FUNC]",
                                        "[LEVEL]", "[THREAD]", "[MSG]"};
-
-// "HH:MM:SS.mmm" of the local time; nothing when the time cannot be had.
-void appendLocalTime(LineBuffer &out) noexcept
-{
-    platform::LocalTime now;
-    if (!platform::localTime(&now)) return;
-    out.appendZeroPadded(static_cast<uint32_t>(now.hour), 2);
-    out.append(':');
-    out.appendZeroPadded(static_cast<uint32_t>(now.minute), 2);
-    out.append(':');
-    out.appendZeroPadded(static_cast<uint32_t>(now.second), 2);
-    out.append('.');
-    out.appendZeroPadded(static_cast<uint32_t>(now.milliseconds), 3);
-}
 
 }  // namespace
 
@@ -73,11 +58,12 @@ void LineTemplate::locateFields() noexcept
     pieces_[pieceCount_++] = {literalStart, std::strlen(text_) - literalStart, Field::count};
 }
 
-void LineTemplate::appendField(Field field, const LineFields &fields, LineBuffer &out) noexcept
+void LineTemplate::appendField(Field field, const LineFields &fields, TimeStamp &time,
+                               LineBuffer &out) noexcept
 {
     switch (field) {
         case Field::time:
-            appendLocalTime(out);
+            time.append(out);
             break;
         case Field::file:
             out.append(fields.file);
@@ -91,7 +77,7 @@ void LineTemplate::appendField(Field field, const LineFields &fields, LineBuffer
         case Field::level:
             out.append(levelName(fields.level));
             break;
-        // Shown as "%d" of the id, as the platform's own tools print it.
+        // Signed, as "%d" prints it.
         case Field::thread:
             out.appendDecimal(static_cast<int32_t>(platform::currentThreadId()));
             break;
@@ -103,11 +89,11 @@ void LineTemplate::appendField(Field field, const LineFields &fields, LineBuffer
     }
 }
 
-void LineTemplate::expand(const LineFields &fields, LineBuffer &out) const noexcept
+void LineTemplate::expand(const LineFields &fields, TimeStamp &time, LineBuffer &out) const noexcept
 {
     for (size_t i = 0; i < pieceCount_; ++i) {
         out.append(text_ + pieces_[i].literalStart, pieces_[i].literalLength);
-        appendField(pieces_[i].field, fields, out);
+        appendField(pieces_[i].field, fields, time, out);
     }
 }
 

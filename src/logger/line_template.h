@@ -7,6 +7,7 @@
 #include <string>
 
 #include "logger/line_buffer.h"
+#include "logger/time_stamp.h"
 
 namespace tollan::logger {
 
@@ -34,9 +35,10 @@ public:
     bool assign(const char *text) noexcept;
     const char *text() const noexcept { return text_; }
 
-    // Appends the line for `fields` to out. Only the fields present cost
-    // anything: the clock and the thread id are asked only when used.
-    void expand(const LineFields &fields, LineBuffer &out) const noexcept;
+    // Appends the line for `fields` to out, "[TIME]" from `time`. Only the
+    // fields present cost anything: the clock and the thread id are asked
+    // only when used.
+    void expand(const LineFields &fields, TimeStamp &time, LineBuffer &out) const noexcept;
 
 private:
     enum class Field : uint8_t { time, file, line, function, level, thread, message, count };
@@ -50,7 +52,7 @@ private:
     };
 
     void locateFields() noexcept;
-    static void appendField(Field field, const LineFields &fields, LineBuffer &out) noexcept;
+    static void appendField(Field field, const LineFields &fields, TimeStamp &time, LineBuffer &out) noexcept;
 
     std::string owned_;  // the text once it differs from the default
     const char *text_ = kDefault;

@@ -27,8 +27,14 @@ bool Output::select(uint32_t location, int32_t fileFormat, const char *fileName)
     if (location == ZOR_LOG_LOCATION_FILE) {
         if (!fileName) return false;
         // Opened before the old file is closed, so that a failure loses nothing.
-        std::FILE *file = std::fopen(fileName, fileFormat == 0 ? "w" : "a");
-        if (!file) return false;
+        platform::FileOpenRequest request;
+        request.write = true;
+        request.create = true;
+        request.truncate = fileFormat == 0;
+        platform::NativeFile file = platform::kNoFile;
+        if (platform::openFile(fileName, request, &file) != platform::ioerror::kNone) return false;
+        int64_t end = 0;
+        if (!request.truncate) platform::seekFile(file, 0, platform::SeekOrigin::end, &end);
         closeFile();
         file_ = file;
     } else {
@@ -40,9 +46,9 @@ bool Output::select(uint32_t location, int32_t fileFormat, const char *fileName)
 
 void Output::closeFile() noexcept
 {
-    if (!file_) return;
-    std::fclose(file_);  // a failure to close cannot be reported to anyone
-    file_ = nullptr;
+    if (file_ == platform::kNoFile) return;
+    platform::closeFile(file_);  // a failure to close cannot be reported to anyone
+    file_ = platform::kNoFile;
 }
 
 void Output::write(const char *text, size_t length, bool endLine) noexcept
@@ -59,7 +65,7 @@ void Output::write(const char *text, size_t length, bool endLine) noexcept
             platform::debugOutput(text);
             break;
         case ZOR_LOG_LOCATION_FILE:
-            if (file_) writeStream(file_, text, length, endLine);
+            if (file_ != platform::kNoFile) platform::writeFile(file_, text, static_cast<uint32_t>(length));
             break;
         default:
             break;

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "platform/file.h"
+
 namespace tollan::logger {
 
 class Output {
@@ -29,7 +31,8 @@ public:
     uint32_t location() const noexcept { return location_; }
 
     // Writes text[0, length) (terminated at length) to the current output;
-    // endLine flushes it, for text that ends its line. Errors are ignored.
+    // endLine flushes a standard stream, for text that ends its line (the
+    // log file has no buffer to flush). Errors are ignored.
     void write(const char *text, size_t length, bool endLine) noexcept;
     // Prints text, at most its first 4095 characters, and a line end to
     // standard output, whatever the location.
@@ -40,7 +43,9 @@ private:
 
     std::FILE *standardOutput_;
     std::FILE *standardError_;
-    std::FILE *file_ = nullptr;
+    // Written with one system call per line, without a C stream's buffer
+    // in between.
+    platform::NativeFile file_ = platform::kNoFile;
     uint32_t location_ = 3;
 };
 

@@ -4,6 +4,7 @@
 
 #include "logger/line_template.h"
 #include "logger/output.h"
+#include "logger/time_stamp.h"
 #include "logger/timing.h"
 #include "platform/lock.h"
 
@@ -14,6 +15,7 @@ struct LoggerState {
 
     platform::RecursiveLock lock;
     LineTemplate lineTemplate;
+    TimeStamp timeStamp;
     Output output;
     TimingHandles timing;
     bool configured = false;

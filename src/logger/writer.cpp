@@ -14,7 +14,8 @@ void emitLine(uint32_t level, bool noLineEnd, bool echo, const char *file, const
     LoggerState &logger = state();
     std::lock_guard<platform::RecursiveLock> hold(logger.lock);
     LineBuffer text;
-    logger.lineTemplate.expand({level, file, function, line, message.data(), message.size()}, text);
+    logger.lineTemplate.expand({level, file, function, line, message.data(), message.size()},
+                               logger.timeStamp, text);
     if (!noLineEnd) text.append('\n');
     logger.output.write(text.data(), text.size(), !noLineEnd);
     if (echo) logger.output.echo(message.data(), message.size());

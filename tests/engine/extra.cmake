@@ -4,6 +4,7 @@
 add_executable(engine_startup_probe ${CMAKE_CURRENT_SOURCE_DIR}/engine/probe/startup_probe.cpp)
 target_link_libraries(engine_startup_probe PRIVATE tollan)
 tollan_warnings(engine_startup_probe)
+tollan_sanitize(engine_startup_probe)
 if(CMAKE_CROSSCOMPILING)
   target_link_options(engine_startup_probe PRIVATE -static)
 endif()

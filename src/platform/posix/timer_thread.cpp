@@ -130,9 +130,10 @@ private:
             if (due.periodNs == 0) {
                 events_.erase(events_.begin() + (next - events_.data()));
             } else {
-                // Stay on the period's grid; after a stall, fire once and go on.
+                // Stay on the period's grid: after a stall the missed periods
+                // are delivered at once, one call each, as a count of calls
+                // over time expects.
                 next->dueNs += due.periodNs;
-                if (next->dueNs < now) next->dueNs += (now - next->dueNs) / due.periodNs * due.periodNs;
             }
             pthread_mutex_unlock(&mutex_);
             due.target->fire(due.id, due.target->context);

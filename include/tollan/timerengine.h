@@ -95,8 +95,10 @@ TOLLAN_API int32_t ZORUSTEdiscardtimer(void *timer) TOLLAN_NOEXCEPT;
  *   period: the period; NULL is refused. The multimedia timer works in whole
  *           milliseconds: a period below 1 ms fails, one below the device's
  *           minimum is raised to it, and periods above 429,496 ms are made of
- *           chained shorter waits (missed periods are caught up). The external
- *           engine works in microseconds (at least 1).
+ *           chained shorter waits; the longest is 2^32 - 1 ms. The external
+ *           engine works in microseconds: 0 becomes 1 us, the longest is
+ *           2^31 - 1 us (about 35 minutes). Either engine calls once for each
+ *           period that passed, also when callbacks fell behind.
  * Returns 1 on success, 0 on failure (invalid timer, NULL or refused period,
  * the system cannot start the timer).
  */

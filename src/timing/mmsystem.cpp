@@ -6,7 +6,6 @@
 #include <new>
 
 #include "logger/log.h"
-#include "platform/thread.h"
 
 namespace tollan::timing {
 
@@ -28,10 +27,8 @@ struct MMSystem::Record {
     uint32_t eventId = 0;     // 0: no event will come
     bool eventSpent = false;  // the event is a one-shot that has fired
     uint32_t periodMs = 0;
-    uint32_t periodStartMs = 0;  // start of the current period (chained timers)
-    // Read by the callback's thread without the lock:
-    std::atomic<uint32_t> callbackThreadId{0};
-    std::atomic<bool> discarded{false};
+    uint32_t periodStartMs = 0;          // start of the current period (chained timers)
+    std::atomic<bool> discarded{false};  // read by the event's thread without the lock
     platform::TimerEventTarget periodicTarget{&MMSystem::periodicEvent, this};
     platform::TimerEventTarget chainTarget{&MMSystem::chainEvent, this};
 
@@ -129,9 +126,7 @@ int32_t MMSystem::getPriority(void *) noexcept
 
 void MMSystem::runCallback(Record &record) noexcept
 {
-    record.callbackThreadId.store(platform::currentThreadId());
     record.callback.load()(record.callbackData);
-    record.callbackThreadId.store(0);
 }
 
 void MMSystem::periodicEvent(uint32_t eventId, void *context) noexcept

@@ -37,7 +37,7 @@ private:
     struct Record;
     static void periodicEvent(uint32_t eventId, void *context) noexcept;
     static void chainEvent(uint32_t eventId, void *context) noexcept;
-    // Runs the record's callback, noting the thread that runs it.
+    // Runs the record's callback (a discarded record's is a no-op).
     static void runCallback(Record &record) noexcept;
     // Counts the periods that have passed on a chained timer, running the
     // callback for each; returns the time into the current period.

@@ -3,12 +3,11 @@
 #include <mutex>
 #include <new>
 
+#include "fmtio/log_module.h"
 #include "logger/log.h"
 
 namespace tollan::fmtio {
 namespace {
-
-constexpr const char *kModule = "stdlib/fmtio";
 
 // Guards the list's shape and the taking and freeing of slots; held only
 // briefly and never together with a slot's lock.
@@ -54,6 +53,8 @@ FileSlot *findOpenSlot(int32_t handle) noexcept
 bool createFileTable() noexcept
 {
     if (tableLock == nullptr) tableLock = new (std::nothrow) platform::RecursiveLock;
+    if (tableLock == nullptr)
+        TOLLAN_LOG(ZOR_LOG_WARNING, kLogModule, "FmtIOLibInitOnce", "no memory for the file table's lock");
     return tableLock != nullptr;
 }
 
@@ -68,7 +69,7 @@ void destroyFileTable() noexcept
         if (closeLockedFile(file) == platform::ioerror::kNone || !file) continue;
         // The commit failed and left the file open; the library is going
         // away, so it is closed all the same.
-        TOLLAN_LOG(ZOR_LOG_WARNING, kModule, "FmtIOLibCleanup",
+        TOLLAN_LOG(ZOR_LOG_WARNING, kLogModule, "FmtIOLibCleanup",
                    "could not commit file handle %d before closing it", handle);
         const platform::NativeFile osFile = file->osFile;
         file.release();
@@ -88,7 +89,10 @@ int32_t attachFile(platform::NativeFile osFile, uint32_t openFlags) noexcept
     if (tableLock == nullptr) return -1;
     int32_t position = 0;
     FileSlot *slot = takeSlot(&position);
-    if (slot == nullptr) return -1;
+    if (slot == nullptr) {
+        TOLLAN_LOG(ZOR_LOG_WARNING, kLogModule, "ZOR_OpenFile", "no memory for a file table entry");
+        return -1;
+    }
     {
         std::lock_guard guard(slot->lock);
         slot->osFile = osFile;

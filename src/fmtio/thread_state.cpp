@@ -5,12 +5,11 @@
 #include <tollan/engine.h>
 
 #include "engine/thread_vars.h"
+#include "fmtio/log_module.h"
 #include "logger/log.h"
 
 namespace tollan::fmtio {
 namespace {
-
-constexpr const char *kModule = "stdlib/fmtio";
 
 // 0 while the library has no cell.
 std::atomic<int32_t> threadSlot{0};
@@ -28,7 +27,7 @@ ThreadBlock &threadBlock() noexcept
 
     void *fresh = engine::allocThreadData(sizeof(ThreadBlock));
     if (fresh == nullptr) {
-        TOLLAN_LOG(ZOR_LOG_WARNING, kModule, "threadBlock", "no memory for the thread's I/O error block");
+        TOLLAN_LOG(ZOR_LOG_WARNING, kLogModule, "threadBlock", "no memory for the thread's I/O error block");
         return fallbackBlock;
     }
     SetZORThreadVarValue(slot, fresh);

@@ -60,13 +60,13 @@ bool QWUSTE::startUp() noexcept
     }
     if (module_) platform::unloadLibrary(module_);
     module_ = module;
-    engine_ = reinterpret_cast<GetQwusteEngine>(entry)();
-    return engine_ != nullptr;
+    engine_.store(reinterpret_cast<GetQwusteEngine>(entry)());
+    return engine_.load() != nullptr;
 }
 
 int32_t QWUSTE::localTime(ZORUSTETimeValue *now) noexcept
 {
-    const auto ns = static_cast<uint64_t>(std::max<int64_t>(engine_->currentTimeNs(), 0));
+    const auto ns = static_cast<uint64_t>(std::max<int64_t>(engine_.load()->currentTimeNs(), 0));
     *now = ZORUSTETimeValue{static_cast<uint32_t>(ns / kNanosPerSecond),
                             static_cast<uint32_t>(ns % kNanosPerSecond)};
     return ZORUSTE_SUCCESS;
@@ -74,7 +74,7 @@ int32_t QWUSTE::localTime(ZORUSTETimeValue *now) noexcept
 
 int32_t QWUSTE::resolution(ZORUSTETimeValue *resolution) noexcept
 {
-    const QwusteTick tick = engine_->tickValue();
+    const QwusteTick tick = engine_.load()->tickValue();
     const double ticks = tick.seconds * 1e9 + tick.nanoseconds;
     const double seconds = ticks > 0 ? std::max(0.000001, 1.0 / ticks) : 0.000001;
     const double whole = std::floor(seconds);
@@ -98,15 +98,13 @@ void *QWUSTE::newTimer(ZORUSTECallback callback, void *callbackData) noexcept
 
 bool QWUSTE::stop(Record &record, bool detach) noexcept
 {
-    bool freesItself;
-    {
-        std::lock_guard guard(record.lock);
-        record.callback = nullptr;
-        freesItself = detach || platform::currentThreadId() == record.threadId;
-        record.freesItself = freesItself;
-    }
+    // All under the lock: a thread that frees itself takes the lock before it
+    // does, so the record outlives this call.
+    std::lock_guard guard(record.lock);
+    record.callback = nullptr;
+    record.freesItself = detach || platform::currentThreadId() == record.threadId;
     record.wake->set();
-    return freesItself;
+    return record.freesItself;
 }
 
 void QWUSTE::discardTimer(void *timer) noexcept
@@ -147,7 +145,7 @@ int32_t QWUSTE::getPriority(void *timer) noexcept
 
 uint32_t QWUSTE::nowUs() noexcept
 {
-    return static_cast<uint32_t>(engine_->currentTimeNs() / 1000);
+    return static_cast<uint32_t>(engine_.load()->currentTimeNs() / 1000);
 }
 
 void QWUSTE::timerThread(void *context) noexcept
@@ -175,7 +173,7 @@ void QWUSTE::runPeriods(Record &record) noexcept
     uint32_t dueUs = nowUs();
     while (callback) {
         dueUs += periodUs;
-        if (!reached(dueUs, nowUs())) engine_->waitUntil(dueUs);
+        if (!reached(dueUs, nowUs())) engine_.load()->waitUntil(dueUs);
         const uint32_t beforeUs = nowUs();
         callback(record.callbackData);
         const uint32_t tookUs = nowUs() - beforeUs;

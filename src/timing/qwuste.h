@@ -4,6 +4,7 @@
 // it used up.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 #include "timing/qwuste_engine.h"
@@ -24,7 +25,7 @@ public:
     bool setTimer(void *timer, const ZORUSTETimeValue &period) noexcept override;
     int32_t setPriority(void *timer, int32_t priority) noexcept override;
     int32_t getPriority(void *timer) noexcept override;
-    void *engineObject() noexcept override { return engine_; }
+    void *engineObject() noexcept override { return engine_.load(); }
     void releaseTimer(void *timer) noexcept override;
 
 private:
@@ -39,7 +40,8 @@ private:
     static bool stop(Record &record, bool detach) noexcept;
 
     void *module_ = nullptr;
-    QwusteEngine *engine_ = nullptr;
+    // Timer threads read it while a second start-up may replace it.
+    std::atomic<QwusteEngine *> engine_{nullptr};
 };
 
 }  // namespace tollan::timing

@@ -10,6 +10,9 @@ if(WIN32)
   set_target_properties(qwuste PROPERTIES PREFIX "")
   target_link_options(qwuste PRIVATE -static)
 else()
+  # The run path serves a plain build; under a sanitizer dlopen is called from
+  # the sanitizer's run-time, whose own search path does not have the bin dir.
   set_property(TARGET test_timing APPEND PROPERTY BUILD_RPATH $<TARGET_FILE_DIR:qwuste>)
+  set_property(TEST timing APPEND PROPERTY ENVIRONMENT LD_LIBRARY_PATH=$<TARGET_FILE_DIR:qwuste>)
 endif()
 add_dependencies(test_timing qwuste)

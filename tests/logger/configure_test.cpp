@@ -14,6 +14,7 @@
 
 using tollan::logger::configureFromSettings;
 using tollan::testing::currentLogLocation;
+using tollan::testing::LogCapture;
 using tollan::testing::readTextFile;
 using tollan::testing::storeDword;
 using tollan::testing::storeString;
@@ -23,20 +24,27 @@ namespace {
 
 constexpr const char *kLoggerKey = "Software\\Vantrel\\ZOR\\17.0\\Logger";
 
-// Each test leaves the stored settings as a fresh machine behaves (the
-// settings outlive the test program) and the logger as it found it.
+void storeDefaults()
+{
+    storeDword(kLoggerKey, "Log Level", ZOR_LOG_FATAL);
+    storeDword(kLoggerKey, "Log Output Location", ZOR_LOG_LOCATION_STDERR);
+    storeString(kLoggerKey, "Log Format", tollan::logger::LineTemplate::kDefault);
+}
+
+// Each test starts from stored settings that behave as the defaults do and
+// leaves them so (the settings outlive the test program), and leaves the
+// logger as it found it.
 class LoggerConfigure : public ::testing::Test {
 protected:
     void SetUp() override
     {
         mask_ = GetZORLogReportingLevels();
         template_ = GetZORLogOutputFormat();
+        storeDefaults();
     }
     void TearDown() override
     {
-        storeDword(kLoggerKey, "Log Level", ZOR_LOG_FATAL);
-        storeDword(kLoggerKey, "Log Output Location", ZOR_LOG_LOCATION_STDERR);
-        storeString(kLoggerKey, "Log Format", tollan::logger::LineTemplate::kDefault);
+        storeDefaults();
         SetZORLogReportingLocation(ZOR_LOG_LOCATION_STDERR, 0, nullptr);
         SetZORLogReportingLevels(mask_);
         SetZORLogOutputFormat(template_.c_str());
@@ -113,6 +121,18 @@ TEST_F(LoggerConfigure, UnreadableTemplateIsKeptWithoutAWarning)
     EXPECT_STREQ(GetZORLogOutputFormat(), "[LEVEL] [FUNC] [MSG]");
     WriteZORLogMessage(ZOR_LOG_INFO, 0, 0, "f", "g", 1, "only line");
     EXPECT_EQ(readTextFile(logFile_), "INFO g only line\n");
+}
+
+TEST_F(LoggerConfigure, FailedLevelOrLocationReadsAreLoggedWhenWarningIsOn)
+{
+    ASSERT_EQ(storeDword(kLoggerKey, "Log Level", ZOR_LOG_WARNING | ZOR_LOG_FATAL), 0);
+    ASSERT_EQ(storeString(kLoggerKey, "Log Output Location", "5"), 0);
+    LogCapture capture;
+    configureFromSettings();
+    // The template read alone counts as configuring; the location's failure
+    // went to the output in force before it was switched to standard error.
+    EXPECT_EQ(capture.count("WARNING|Mgsource/Registry|RegGetDwordValue|"), 1u);
+    EXPECT_EQ(currentLogLocation(), static_cast<uint32_t>(ZOR_LOG_LOCATION_STDERR));
 }
 
 TEST_F(LoggerConfigure, LaterCallsOfConfigureOnceDoNothing)

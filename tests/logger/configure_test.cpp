@@ -69,10 +69,10 @@ protected:
 
 TEST_F(LoggerConfigure, LevelStoredAsTextFallsBackToFatalOnly)
 {
-    ASSERT_EQ(storeDword(kLoggerKey, "Log Level", 0x30), 0);
+    ASSERT_EQ(storeDword(kLoggerKey, "Log Level", 0x60), 0);
     configureFromSettings();
-    EXPECT_EQ(GetZORLogReportingLevels(), 0x30u);
-    ASSERT_EQ(storeString(kLoggerKey, "Log Level", "48"), 0);
+    EXPECT_EQ(GetZORLogReportingLevels(), 0x60u);
+    ASSERT_EQ(storeString(kLoggerKey, "Log Level", "96"), 0);
     configureFromSettings();
     EXPECT_EQ(GetZORLogReportingLevels(), 64u);
 }

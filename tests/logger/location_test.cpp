@@ -16,21 +16,13 @@ using tollan::testing::uniqueTestFileName;
 
 namespace {
 
-void writeFile(const std::string &path, const char *content)
+std::string writeFile(const char *stem, const char *content)
 {
+    std::string path = uniqueTestFileName(stem);
     std::FILE *file = std::fopen(path.c_str(), "w");
-    ASSERT_NE(file, nullptr);
     std::fputs(content, file);
     std::fclose(file);
-}
-
-// A stream in the failed state, as a standard stream is after a write error.
-std::FILE *failedStream(const std::string &path)
-{
-    writeFile(path, "");
-    std::FILE *stream = std::fopen(path.c_str(), "r");
-    std::fputc('x', stream);
-    return stream;
+    return path;
 }
 
 }  // namespace
@@ -45,75 +37,46 @@ TEST(LoggerLocation, RefusedSwitchesKeepTheCurrentFile)
     EXPECT_EQ(capture.text(), "still here\n");
 }
 
-TEST(LoggerLocation, FileFormatZeroTruncatesOtherValuesAppend)
+TEST(LoggerLocation, FileFormatZeroTruncatesOtherValuesAppendAndLeavingClosesTheFile)
 {
     LogCapture capture(0xFFFFFFFFu, "[MSG]");
-    std::string path = uniqueTestFileName("log-format");
-    writeFile(path, "earlier\n");
+    std::string path = writeFile("log-format", "earlier\n");
     ASSERT_EQ(SetZORLogReportingLocation(ZOR_LOG_LOCATION_FILE, 2, path.c_str()), 1);
     WriteZORLogMessage(ZOR_LOG_INFO, 0, 0, "f", "g", 1, "appended");
     EXPECT_EQ(readTextFile(path), "earlier\nappended\n");
 
     ASSERT_EQ(SetZORLogReportingLocation(ZOR_LOG_LOCATION_FILE, 0, path.c_str()), 1);
     WriteZORLogMessage(ZOR_LOG_INFO, 0, 0, "f", "g", 1, "alone");
-    EXPECT_EQ(readTextFile(path), "alone\n");
-    SetZORLogReportingLocation(ZOR_LOG_LOCATION_NONE, 0, nullptr);
-    std::remove(path.c_str());
-}
-
-TEST(LoggerLocation, LeavingTheFileClosesItAndSilentLocationsWriteNothing)
-{
-    LogCapture capture(0xFFFFFFFFu, "[MSG]");
-    std::string path = uniqueTestFileName("log-leave");
-    ASSERT_EQ(SetZORLogReportingLocation(ZOR_LOG_LOCATION_FILE, 0, path.c_str()), 1);
-    WriteZORLogMessage(ZOR_LOG_INFO, 0, 0, "f", "g", 1, "one");
     for (uint32_t silent : {0u, 2u}) {
         ASSERT_EQ(SetZORLogReportingLocation(silent, 0, nullptr), 1);
         WriteZORLogMessage(ZOR_LOG_INFO, 0, 0, "f", "g", 1, "lost");
     }
-    EXPECT_EQ(readTextFile(path), "one\n");
+    EXPECT_EQ(readTextFile(path), "alone\n");
     // Windows refuses to remove a file that is still open.
     EXPECT_EQ(std::remove(path.c_str()), 0);
-    EXPECT_EQ(capture.text(), "");
 }
 
-TEST(LoggerLocation, StandardErrorIsRefusedWhileFailedAndStandardOutputSkippedWhileFailed)
+TEST(LoggerLocation, FailedStandardStreams)
 {
-    std::string goodPath = uniqueTestFileName("log-good");
-    std::string failedPath = uniqueTestFileName("log-failed");
-    writeFile(goodPath, "");
+    std::string goodPath = writeFile("log-good", "");
+    std::string failedPath = writeFile("log-failed", "");
     std::FILE *good = std::fopen(goodPath.c_str(), "w");
-    std::FILE *failed = failedStream(failedPath);
+    std::FILE *failed = std::fopen(failedPath.c_str(), "r");
+    std::fputc('x', failed);  // a write to a read-only stream sets its error state
     {
-        Output withFailedError(good, failed);
-        EXPECT_FALSE(withFailedError.select(ZOR_LOG_LOCATION_STDERR, 0, nullptr));
-        EXPECT_TRUE(withFailedError.select(ZOR_LOG_LOCATION_STDOUT, 0, nullptr));
-        withFailedError.write("to out\n", 7, true);
-
-        Output withFailedOutput(failed, good);
-        EXPECT_TRUE(withFailedOutput.select(ZOR_LOG_LOCATION_STDOUT, 0, nullptr));
-        withFailedOutput.write("never\n", 6, true);
-        EXPECT_TRUE(withFailedOutput.select(ZOR_LOG_LOCATION_STDERR, 0, nullptr));
-        withFailedOutput.write("to err\n", 7, true);
+        Output failedError(good, failed);
+        EXPECT_FALSE(failedError.select(ZOR_LOG_LOCATION_STDERR, 0, nullptr));
+        Output failedOutput(failed, good);
+        ASSERT_TRUE(failedOutput.select(ZOR_LOG_LOCATION_STDOUT, 0, nullptr));
+        failedOutput.write("never\n", 6, true);
+        ASSERT_TRUE(failedOutput.select(ZOR_LOG_LOCATION_STDERR, 0, nullptr));
+        failedOutput.write("to err\n", 7, true);
+        std::string longEcho(5000, 'e');
+        failedError.echo(longEcho.c_str(), longEcho.size());
     }
     std::fclose(good);
     std::fclose(failed);
-    EXPECT_EQ(readTextFile(goodPath), "to out\nto err\n");
+    EXPECT_EQ(readTextFile(goodPath), "to err\n" + std::string(4095, 'e') + "\n");
     std::remove(goodPath.c_str());
     std::remove(failedPath.c_str());
-}
-
-TEST(LoggerLocation, EchoIsCutAt4095Characters)
-{
-    std::string path = uniqueTestFileName("log-echo");
-    std::FILE *out = std::fopen(path.c_str(), "w");
-    ASSERT_NE(out, nullptr);
-    {
-        Output output(out, out);
-        std::string text(5000, 'e');
-        output.echo(text.c_str(), text.size());
-    }
-    std::fclose(out);
-    EXPECT_EQ(readTextFile(path), std::string(4095, 'e') + "\n");
-    std::remove(path.c_str());
 }

@@ -6,7 +6,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -47,76 +46,37 @@ std::string probePath()
 
 #ifdef _WIN32
 // The Windows library reads the real (Wine) registry. The values are set for
-// the probe's run only and put back afterwards.
+// the probe's run only; afterwards they are set back to the logger's defaults.
 class LoggerSettings {
 public:
     explicit LoggerSettings(const std::string &logFile)
     {
         using namespace tollan::platform;
         if (settingsOpenKey(RootKey::currentUser, kLoggerKey, true, false, &key_) != 0) return;
-        save("Log Level");
-        save("Log Output Location");
-        save("Log File Name");
-        save("Log File Format");
-        save("Log Format");
-        settingsSetDword(key_, "Log Level", kTraceTempInfoDllMain);
-        settingsSetDword(key_, "Log Output Location", 5);
-        settingsSetString(key_, "Log File Name", logFile.c_str());
-        settingsSetDword(key_, "Log File Format", 1);
-        settingsSetString(key_, "Log Format", kLineTemplate);
+        apply(kTraceTempInfoDllMain, 5, logFile.c_str(), 1, kLineTemplate);
     }
     ~LoggerSettings()
     {
-        using namespace tollan::platform;
         if (key_ == nullptr) return;
-        // Values that were not there before are set to the logger's defaults.
-        restore("Log Level", 64);
-        restore("Log Output Location", 3);
-        restore("Log File Format", 0);
-        restoreString("Log File Name", "");
-        restoreString("Log Format", "[[TIME]] [[LEVEL]] [[FUNC]] [[FILE]:[LINE]] [MSG]");
-        settingsCloseKey(key_);
+        apply(64, 3, "", 0, "[[TIME]] [[LEVEL]] [[FUNC]] [[FILE]:[LINE]] [MSG]");
+        tollan::platform::settingsCloseKey(key_);
     }
     bool ready() const { return key_ != nullptr; }
     std::string environment() const { return ""; }
 
 private:
-    struct Saved {
-        std::string name;
-        uint32_t type = 0;
-        std::string data;
-        bool present = false;
-    };
-    void save(const char *name)
+    void apply(uint32_t level, uint32_t location, const char *fileName, uint32_t fileFormat,
+               const char *format)
     {
-        Saved saved{name};
-        char data[2048];
-        uint32_t size = sizeof data;
-        saved.present = tollan::platform::settingsQueryValue(key_, name, &saved.type, data, &size) == 0;
-        if (saved.present) saved.data.assign(data, size);
-        saved_.push_back(saved);
-    }
-    const Saved *find(const char *name) const
-    {
-        for (const Saved &saved : saved_)
-            if (saved.name == name && saved.present) return &saved;
-        return nullptr;
-    }
-    void restore(const char *name, uint32_t fallback)
-    {
-        uint32_t value = fallback;
-        if (const Saved *saved = find(name); saved && saved->data.size() == sizeof value)
-            std::memcpy(&value, saved->data.data(), sizeof value);
-        tollan::platform::settingsSetDword(key_, name, value);
-    }
-    void restoreString(const char *name, const char *fallback)
-    {
-        const Saved *saved = find(name);
-        tollan::platform::settingsSetString(key_, name, saved ? saved->data.c_str() : fallback);
+        using namespace tollan::platform;
+        settingsSetDword(key_, "Log Level", level);
+        settingsSetDword(key_, "Log Output Location", location);
+        settingsSetString(key_, "Log File Name", fileName);
+        settingsSetDword(key_, "Log File Format", fileFormat);
+        settingsSetString(key_, "Log Format", format);
     }
 
     tollan::platform::SettingsKey *key_ = nullptr;
-    std::vector<Saved> saved_;
 };
 #else
 // The POSIX library reads the settings file named by TOLLAN_REGISTRY.

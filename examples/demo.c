@@ -10,11 +10,16 @@
 static const char *eventName(int32_t event)
 {
     switch (event) {
-    case ZOR_RUN_STATE_START: return "start";
-    case ZOR_RUN_STATE_STARTED: return "started";
-    case ZOR_RUN_STATE_ABOUT_TO_STOP: return "about to stop";
-    case ZOR_RUN_STATE_STOP: return "stop";
-    default: return "unknown";
+        case ZOR_RUN_STATE_START:
+            return "start";
+        case ZOR_RUN_STATE_STARTED:
+            return "started";
+        case ZOR_RUN_STATE_ABOUT_TO_STOP:
+            return "about to stop";
+        case ZOR_RUN_STATE_STOP:
+            return "stop";
+        default:
+            return "unknown";
     }
 }
 
@@ -52,9 +57,9 @@ int main(void)
         WriteZORLogMessage(ZOR_LOG_INFO, 0, 0, __FILE__, "main", __LINE__, "demo running in module %p",
                            (void *)&thisModule);
     timing = GetZORLogTimingHandle();
-    for (i = 1; i <= 1000000; ++i)
-        sum += 1.0 / i;
-    WriteZORLogTimingEvent(timing, 1, 0, 0, 0, __FILE__, "main", __LINE__, "a million divisions took [ELAPSED]");
+    for (i = 1; i <= 1000000; ++i) sum += 1.0 / i;
+    WriteZORLogTimingEvent(timing, 1, 0, 0, 0, __FILE__, "main", __LINE__,
+                           "a million divisions took [ELAPSED]");
     SetZORLogReportingLevels(ZOR_LOG_FATAL);
     SetZORLogReportingLocation(ZOR_LOG_LOCATION_STDERR, 0, NULL);
 

@@ -21,7 +21,8 @@ int32_t settingsOpenKey(RootKey root, const char *path, bool write, bool view64,
 void settingsCloseKey(SettingsKey *key) noexcept;
 // RegQueryValueExA: stores the type and copies at most *size bytes of data
 // (strings with their terminating zero); *size becomes the stored size.
-int32_t settingsQueryValue(SettingsKey *key, const char *name, uint32_t *type, void *data, uint32_t *size) noexcept;
+int32_t settingsQueryValue(SettingsKey *key, const char *name, uint32_t *type, void *data,
+                           uint32_t *size) noexcept;
 // RegSetValueExA for a string or a 32-bit number.
 int32_t settingsSetString(SettingsKey *key, const char *name, const char *value) noexcept;
 int32_t settingsSetDword(SettingsKey *key, const char *name, uint32_t value) noexcept;

@@ -5,4 +5,7 @@
 #define PROBE_EXPORT __attribute__((visibility("default")))
 #endif
 
-PROBE_EXPORT int tollan_probe_answer(void) { return 42; }
+PROBE_EXPORT int tollan_probe_answer(void)
+{
+    return 42;
+}

@@ -17,5 +17,6 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/TollanConfigVersion.cmake
 install(FILES ${PROJECT_BINARY_DIR}/TollanConfig.cmake ${PROJECT_BINARY_DIR}/TollanConfigVersion.cmake
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Tollan)
 
+file(RELATIVE_PATH TOLLAN_PC_TO_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(${PROJECT_SOURCE_DIR}/cmake/tollan.pc.in ${PROJECT_BINARY_DIR}/tollan.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/tollan.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,18 +1,11 @@
 #include "list_fixtures.h"
 
-#include <cstdio>
-#include <fstream>
-#include <sstream>
-
 #include <gtest/gtest.h>
-#include <tollan/logger.h>
 
 #include "support/list_allocator.h"
 
 namespace listtest {
 namespace {
-
-constexpr const char *kLogFile = "tollan-list-test.log";
 
 const CollectionMemAllocFunctions &base()
 {
@@ -85,30 +78,6 @@ const CollectionMemAllocFunctions *ProbeAllocator::reset()
     return &probeRecord;
 }
 
-LogCapture::LogCapture()
-    : previousMask_(SetZORLogReportingLevels(ZOR_LOG_FATAL | ZOR_LOG_WARNING | ZOR_LOG_TEMP)),
-      previousFormat_(GetZORLogOutputFormat())
-{
-    SetZORLogOutputFormat("[LEVEL]|[FUNC]|[FILE]|[MSG]");
-    SetZORLogReportingLocation(ZOR_LOG_LOCATION_FILE, 0, kLogFile);
-}
-
-LogCapture::~LogCapture()
-{
-    SetZORLogReportingLocation(ZOR_LOG_LOCATION_STDERR, 0, nullptr);
-    SetZORLogOutputFormat(previousFormat_.c_str());
-    SetZORLogReportingLevels(previousMask_);
-    std::remove(kLogFile);
-}
-
-std::string LogCapture::text() const
-{
-    std::ifstream file(kLogFile);
-    std::ostringstream contents;
-    contents << file.rdbuf();
-    return contents.str();
-}
-
 int32_t compareInts(const void *a, const void *b)
 {
     const int32_t x = *static_cast<const int32_t *>(a);
@@ -116,10 +85,15 @@ int32_t compareInts(const void *a, const void *b)
     return (x > y) - (x < y);
 }
 
+int32_t insert(ListType list, int32_t value, int32_t position)
+{
+    return LInsertItem(list, &value, position);
+}
+
 ListType intList(const std::vector<int32_t> &values, const CollectionMemAllocFunctions *record)
 {
     ListType list = LCreateWithOptions(sizeof(int32_t), 0, 0, record != nullptr ? record : &base());
-    for (int32_t value : values) LInsertItem(list, &value, kEndOfList);
+    for (int32_t value : values) insert(list, value, kEndOfList);
     return list;
 }
 

@@ -6,6 +6,9 @@
 #include <vector>
 
 #include <tollan/list.h>
+#include <tollan/logger.h>
+
+#include "fixtures/log_capture.h"
 
 namespace listtest {
 
@@ -23,23 +26,19 @@ struct ProbeAllocator {
     static int32_t liveBlocks() { return newPtr - disposePtr; }
 };
 
-// Sends the log to a file while alive: FATAL, WARNING and TEMP lines as
-// "LEVEL|FUNC|FILE|MSG".
-class LogCapture {
-public:
-    LogCapture();
-    ~LogCapture();
-    LogCapture(const LogCapture &) = delete;
-    LogCapture &operator=(const LogCapture &) = delete;
-    std::string text() const;
+// The log while alive: FATAL, WARNING and TEMP lines as "LEVEL|FUNC|FILE|MSG".
+struct LogCapture : tollan::testing::LogCapture {
+    LogCapture()
+        : tollan::testing::LogCapture(ZOR_LOG_FATAL | ZOR_LOG_WARNING | ZOR_LOG_TEMP,
+                                      "[LEVEL]|[FUNC]|[FILE]|[MSG]")
+    {
+    }
     bool contains(const std::string &piece) const { return text().find(piece) != std::string::npos; }
-
-private:
-    uint32_t previousMask_;
-    std::string previousFormat_;
 };
 
 int32_t compareInts(const void *a, const void *b);
+// Inserts one integer; the list's answer.
+int32_t insert(ListType list, int32_t value, int32_t position);
 // A list of 32-bit integers over `record` (the default record when null).
 ListType intList(const std::vector<int32_t> &values, const CollectionMemAllocFunctions *record = nullptr);
 std::vector<int32_t> itemsOf(ListType list);

@@ -4,8 +4,6 @@
 #include "list_fixtures.h"
 
 using listtest::ProbeAllocator;
-using V = std::vector<int32_t>;
-
 namespace {
 
 ListType listWithCapacity(uint32_t capacity)
@@ -17,8 +15,7 @@ ListType listWithCapacity(uint32_t capacity)
 
 uint32_t capacityAfterOneInsert(ListType list)
 {
-    int32_t value = 1;
-    EXPECT_EQ(LInsertItem(list, &value, kEndOfList), 0);
+    EXPECT_EQ(listtest::insert(list, 1, kEndOfList), 0);
     return (*list)->capacity;
 }
 
@@ -81,8 +78,7 @@ TEST(ListGrowth, FailedResizeLeavesTheListAsItWasAndIsLogged)
     ListType list = listWithCapacity(2);
     ListType other = listtest::intList({5, 6, 7});
     ProbeAllocator::setHSzFails = true;
-    int32_t value = 3;
-    EXPECT_EQ(LInsertItem(list, &value, kEndOfList), 2);
+    EXPECT_EQ(listtest::insert(list, 3, kEndOfList), 2);
     EXPECT_EQ(LInsertInList(list, other, kEndOfList), 2);
     EXPECT_EQ(LAppend(list, other), nullptr);
     EXPECT_EQ(LCopy(list), nullptr);
@@ -91,14 +87,12 @@ TEST(ListGrowth, FailedResizeLeavesTheListAsItWasAndIsLogged)
     EXPECT_EQ(LNumItems(list), 2);
     EXPECT_EQ(ProbeAllocator::newHand, ProbeAllocator::disposeHand + 1);  // the failed copy was freed
 
-    const std::string text = log.text();
-    EXPECT_NE(text.find("WARNING|ExpandListSpace|list.c|MgErr = 2"), std::string::npos);
-    EXPECT_NE(text.find("WARNING|LInsertItem|list.c|Failed to expand list to 0 items."), std::string::npos);
-    EXPECT_NE(text.find("WARNING|LInsertInList|list.c|Failed to expand list to 3 items."), std::string::npos);
-    EXPECT_NE(text.find("WARNING|LAppend|list.c|Failed to set list handle size to 60 bytes."),
-              std::string::npos);
-    EXPECT_NE(text.find("WARNING|LCopy|list.c|Failed to set list handle size to 48 bytes."),
-              std::string::npos);
+    for (const char *line : {"WARNING|ExpandListSpace|list.c|MgErr = 2",
+                             "WARNING|LInsertItem|list.c|Failed to expand list to 0 items.",
+                             "WARNING|LInsertInList|list.c|Failed to expand list to 3 items.",
+                             "WARNING|LAppend|list.c|Failed to set list handle size to 60 bytes.",
+                             "WARNING|LCopy|list.c|Failed to set list handle size to 48 bytes."})
+        EXPECT_TRUE(log.contains(line)) << line;
 
     const CollectionMemAllocFunctions *record = ProbeAllocator::reset();
     ProbeAllocator::newHandFails = true;

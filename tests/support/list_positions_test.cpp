@@ -4,6 +4,7 @@
 
 #include "list_fixtures.h"
 
+using listtest::insert;
 using listtest::intList;
 using listtest::itemsOf;
 using V = std::vector<int32_t>;
@@ -11,33 +12,22 @@ using V = std::vector<int32_t>;
 TEST(ListPositions, InsertAtEveryKindOfPosition)
 {
     ListType list = intList({});
-    int32_t value = 7;
-    EXPECT_EQ(LInsertItem(list, &value, 1), 0);  // numItems + 1 appends
-    value = 8;
-    EXPECT_EQ(LInsertItem(list, &value, kFrontOfList), 0);
-    value = 9;
-    EXPECT_EQ(LInsertItem(list, &value, kEndOfList), 0);
-    value = 10;
-    EXPECT_EQ(LInsertItem(list, &value, 2), 0);
+    EXPECT_EQ(insert(list, 7, 1), 0);  // numItems + 1 appends
+    EXPECT_EQ(insert(list, 8, kFrontOfList), 0);
+    EXPECT_EQ(insert(list, 9, kEndOfList), 0);
+    EXPECT_EQ(insert(list, 10, 2), 0);
     EXPECT_EQ(itemsOf(list), (V{8, 10, 7, 9}));
     LDiscard(list);
 
     list = intList({});
-    value = 5;
-    EXPECT_EQ(LInsertItem(list, &value, kFrontOfList), 0);  // front of an empty list appends
+    EXPECT_EQ(insert(list, 5, kFrontOfList), 0);  // front of an empty list appends
     EXPECT_EQ(itemsOf(list), (V{5}));
-    LDiscard(list);
-}
 
-TEST(ListPositions, InsertBeyondTheEndIsRefused)
-{
-    listtest::LogCapture log;
-    ListType list = intList({1, 2});
-    int32_t value = 3;
-    EXPECT_EQ(LInsertItem(list, &value, 4), 1);
-    EXPECT_EQ(LInsertItem(list, &value, -2), 1);
-    EXPECT_EQ(LInsertItem(nullptr, &value, 0), 1);
-    EXPECT_EQ(itemsOf(list), (V{1, 2}));
+    listtest::LogCapture log;  // beyond the end is refused
+    EXPECT_EQ(insert(list, 3, 3), 1);
+    EXPECT_EQ(insert(list, 3, -2), 1);
+    EXPECT_EQ(insert(nullptr, 3, 0), 1);
+    EXPECT_EQ(itemsOf(list), (V{5}));
     EXPECT_TRUE(log.contains("FATAL|LInsertItem|list.c|Assertion failed: itemPosition >= -1"));
     LDiscard(list);
 }

@@ -63,23 +63,14 @@ void expectSortsEveryCount()
 
 }  // namespace
 
-TEST(ListQuickSort, OddSizesSwapBytes)
+// Odd sizes swap bytes, sizes of 2 mod 4 half-words, multiples of 4 words.
+TEST(ListQuickSort, EverySwapWidthSortsLikeStdSort)
 {
     expectSortsEveryCount<3>();
-}
-TEST(ListQuickSort, SizesTwoModFourSwapHalfWords)
-{
     expectSortsEveryCount<6>();
-}
-TEST(ListQuickSort, MultiplesOfFourSwapWords)
-{
     expectSortsEveryCount<4>();
     expectSortsEveryCount<8>();
     expectSortsEveryCount<12>();
     expectSortsEveryCount<16>();
-}
-
-TEST(ListQuickSort, LargeListWithManyDuplicates)
-{
-    expectSortsLikeStdSort<4>(200000);
+    expectSortsLikeStdSort<4>(200000);  // a large list with many duplicates
 }

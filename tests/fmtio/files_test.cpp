@@ -21,8 +21,7 @@ TEST_F(FmtioFileTest, HandlesStartAtThreeAndClosedOnesAreGivenOutAgain)
     EXPECT_EQ(GetFmtIOError(), 0);
 
     EXPECT_EQ(ZOR_CloseFile(first), 0);
-    EXPECT_EQ(ZOR_CloseFile(first), -1);
-    EXPECT_EQ(GetFmtIOError(), 3);
+    EXPECT_TRUE(failedWith(ZOR_CloseFile(first), 3));
     EXPECT_EQ(open("c", 2, 2, 0), 3);
     EXPECT_EQ(open("d", 2, 0, 1), 5);
 
@@ -73,13 +72,10 @@ TEST_F(FmtioFileTest, ReadWriteHandleMovesAndReads)
 
 TEST_F(FmtioFileTest, FailedOpensReportTheCauseAndLeaveNoSlot)
 {
-    EXPECT_EQ(ZOR_OpenFile(path("missing").c_str(), 1, 2, 0), -1);
-    EXPECT_EQ(GetFmtIOError(), 1);
-    EXPECT_EQ(ZOR_OpenFile(path("no-dir/file").c_str(), 2, 0, 0), -1);
-    EXPECT_EQ(GetFmtIOError(), 1);
+    EXPECT_TRUE(failedWith(ZOR_OpenFile(path("missing").c_str(), 1, 2, 0), 1));
+    EXPECT_TRUE(failedWith(ZOR_OpenFile(path("no-dir/file").c_str(), 2, 0, 0), 1));
     std::filesystem::create_directory(path("directory"));
-    EXPECT_EQ(ZOR_OpenFile(path("directory").c_str(), 1, 2, 0), -1);
-    EXPECT_EQ(GetFmtIOError(), 6);
+    EXPECT_TRUE(failedWith(ZOR_OpenFile(path("directory").c_str(), 1, 2, 0), 6));
 
     const int32_t handle = open("present", 2, 0, 0);
     EXPECT_EQ(handle, 3);
@@ -102,8 +98,7 @@ TEST_F(FmtioFileTest, BadOpenArgumentsChangeNothing)
         {target.c_str(), 1, 9, 1, 7},
     };
     for (const Case &c : cases) {
-        EXPECT_EQ(ZOR_OpenFile(c.path, c.action, c.mode, c.type), -1);
-        EXPECT_EQ(GetFmtIOError(), c.error)
+        EXPECT_TRUE(failedWith(ZOR_OpenFile(c.path, c.action, c.mode, c.type), c.error))
             << (c.path ? c.path : "(null)") << " " << c.action << c.mode << c.type;
     }
     EXPECT_EQ(GetFileInfo(target.c_str(), nullptr), 0);
@@ -116,16 +111,11 @@ TEST_F(FmtioFileTest, UnknownHandlesAreRefused)
     char buffer[4];
     for (int32_t handle : {0, 1, 2, closed, 77, -5}) {
         SCOPED_TRACE(handle);
-        EXPECT_EQ(ZOR_ReadFile(handle, buffer, 4), -1);
-        EXPECT_EQ(GetFmtIOError(), 3);
-        EXPECT_EQ(ZOR_WriteFile(handle, "x", 1), -1);
-        EXPECT_EQ(GetFmtIOError(), 3);
-        EXPECT_EQ(ZOR_CloseFile(handle), -1);
-        EXPECT_EQ(GetFmtIOError(), 3);
-        EXPECT_EQ(ReadLine(handle, buffer, 3), -1);
-        EXPECT_EQ(GetFmtIOError(), 3);
-        EXPECT_EQ(WriteLine(handle, "x", -1), -1);
-        EXPECT_EQ(GetFmtIOError(), 3);
+        EXPECT_TRUE(failedWith(ZOR_ReadFile(handle, buffer, 4), 3));
+        EXPECT_TRUE(failedWith(ZOR_WriteFile(handle, "x", 1), 3));
+        EXPECT_TRUE(failedWith(ZOR_CloseFile(handle), 3));
+        EXPECT_TRUE(failedWith(ReadLine(handle, buffer, 3), 3));
+        EXPECT_TRUE(failedWith(WriteLine(handle, "x", -1), 3));
         // The standard streams' numbers are accepted by SetFilePtr and stay put.
         EXPECT_EQ(SetFilePtr(handle, 5, 0), handle < 3 ? 0 : -1);
         EXPECT_EQ(GetFmtIOError(), handle < 3 ? 0 : 3);
@@ -140,21 +130,14 @@ TEST_F(FmtioFileTest, BadCountsAndOriginsChangeNothing)
     ASSERT_EQ(SetFilePtr(handle, 2, 0), 2);
     char buffer[8];
 
-    EXPECT_EQ(ZOR_ReadFile(handle, buffer, kTooLarge), -1);
-    EXPECT_EQ(GetFmtIOError(), 7);
-    EXPECT_EQ(ZOR_ReadFile(handle, buffer, -1), -1);
-    EXPECT_EQ(ZOR_ReadFile(handle, nullptr, 1), -1);
-    EXPECT_EQ(GetFmtIOError(), 7);
-    EXPECT_EQ(ZOR_WriteFile(handle, "zz", kTooLarge), -1);
-    EXPECT_EQ(GetFmtIOError(), 7);
-    EXPECT_EQ(ZOR_WriteFile(handle, nullptr, 2), -1);
-    EXPECT_EQ(GetFmtIOError(), 7);
-    EXPECT_EQ(SetFilePtr(handle, 0, 3), -1);
-    EXPECT_EQ(GetFmtIOError(), 7);
-    EXPECT_EQ(SetFilePtr(handle, -1, -1), -1);
-    EXPECT_EQ(GetFmtIOError(), 7);
-    EXPECT_EQ(SetFilePtr(handle, -10, 0), -1);  // before the start
-    EXPECT_EQ(GetFmtIOError(), 7);
+    EXPECT_TRUE(failedWith(ZOR_ReadFile(handle, buffer, kTooLarge), 7));
+    EXPECT_TRUE(failedWith(ZOR_ReadFile(handle, buffer, -1), 7));
+    EXPECT_TRUE(failedWith(ZOR_ReadFile(handle, nullptr, 1), 7));
+    EXPECT_TRUE(failedWith(ZOR_WriteFile(handle, "zz", kTooLarge), 7));
+    EXPECT_TRUE(failedWith(ZOR_WriteFile(handle, nullptr, 2), 7));
+    EXPECT_TRUE(failedWith(SetFilePtr(handle, 0, 3), 7));
+    EXPECT_TRUE(failedWith(SetFilePtr(handle, -1, -1), 7));
+    EXPECT_TRUE(failedWith(SetFilePtr(handle, -10, 0), 7));  // before the start
 
     EXPECT_EQ(SetFilePtr(handle, 0, 1), 2);
     EXPECT_EQ(ZOR_CloseFile(handle), 0);
@@ -206,10 +189,8 @@ TEST_F(FmtioFileTest, GetFileInfoTellsWhetherAFileExistsAndItsSize)
     EXPECT_EQ(size, 0);
     EXPECT_EQ(GetFmtIOError(), 0);
 
-    EXPECT_EQ(GetFileInfo("  ", &size), -1);
-    EXPECT_EQ(GetFmtIOError(), 7);
-    EXPECT_EQ(GetFileInfo(std::string(300, 'p').c_str(), &size), -1);
-    EXPECT_EQ(GetFmtIOError(), 10);
+    EXPECT_TRUE(failedWith(GetFileInfo("  ", &size), 7));
+    EXPECT_TRUE(failedWith(GetFileInfo(std::string(300, 'p').c_str(), &size), 10));
 }
 
 TEST_F(FmtioFileTest, AFullDiskIsReported)
@@ -218,10 +199,8 @@ TEST_F(FmtioFileTest, AFullDiskIsReported)
     if (GetFileInfo("/dev/full", nullptr) != 1) GTEST_SKIP() << "no /dev/full";
     const int32_t handle = ZOR_OpenFile("/dev/full", 2, 2, 0);
     ASSERT_GE(handle, 3);
-    EXPECT_EQ(ZOR_WriteFile(handle, "x", 1), -1);
-    EXPECT_EQ(GetFmtIOError(), 9);
-    EXPECT_EQ(WriteLine(handle, "x", 1), -1);
-    EXPECT_EQ(GetFmtIOError(), 9);
+    EXPECT_TRUE(failedWith(ZOR_WriteFile(handle, "x", 1), 9));
+    EXPECT_TRUE(failedWith(WriteLine(handle, "x", 1), 9));
     EXPECT_EQ(ZOR_CloseFile(handle), 0);
 }
 

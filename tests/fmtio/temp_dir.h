@@ -13,6 +13,15 @@
 
 #include "fmtio/library.h"
 
+// A call that failed with -1 and left `error` as the thread's I/O error.
+inline testing::AssertionResult failedWith(int64_t result, int32_t error)
+{
+    const int32_t actual = GetFmtIOError();
+    if (result == -1 && actual == error) return testing::AssertionSuccess();
+    return testing::AssertionFailure()
+           << "gave " << result << " with I/O error " << actual << ", not -1 with " << error;
+}
+
 class FmtioFileTest : public testing::Test {
 protected:
     void SetUp() override

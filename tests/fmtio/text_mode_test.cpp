@@ -38,17 +38,15 @@ std::string awkwardText()
 
 }  // namespace
 
-TEST(FmtioTextTranslation, DropsOnlyCarriageReturnsBeforeLineFeeds)
+TEST(FmtioTextTranslation, DropsOnlyCarriageReturnsBeforeLineFeedsAndExpandsWholePairs)
 {
     EXPECT_EQ(dropped("a\r\nb"), "a\nb");
     EXPECT_EQ(dropped("\r\n\r\n"), "\n\n");
     EXPECT_EQ(dropped("a\rb\r"), "a\rb\r");
     EXPECT_EQ(dropped("\r\r\n\r"), "\r\n\r");
     EXPECT_EQ(dropped(""), "");
-}
 
-TEST(FmtioTextTranslation, ExpandsLineFeedsWithoutSplittingAPair)
-{
+    // Expanding LFs never splits a CR LF pair across the target's end.
     char target[4];
     size_t consumed = 0;
     EXPECT_EQ(tollan::fmtio::expandLineFeeds("ab\nc", 4, target, 4, &consumed), 4u);

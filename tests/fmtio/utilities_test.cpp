@@ -8,7 +8,7 @@
 
 #include "fmtio/library.h"
 
-TEST(FmtioCompare, BytesGiveExactlyMinusOneZeroOrOne)
+TEST(FmtioCompare, BytesGiveExactlyMinusOneZeroOrOneAndFoldCaseWhenAsked)
 {
     const unsigned char low[] = {0x01, 'a'};
     const unsigned char high[] = {0xFF, 'a'};
@@ -17,10 +17,7 @@ TEST(FmtioCompare, BytesGiveExactlyMinusOneZeroOrOne)
     EXPECT_EQ(CompareBytes("xyz", 0, "abc", 0, 0, 1), 0);
     EXPECT_EQ(CompareBytes("xyz", 0, "abc", 0, 0, 0), 0);
     EXPECT_EQ(CompareBytes("..abc", 2, "abc", 0, 3, 1), 0);
-}
-
-TEST(FmtioCompare, CaseBlindBytesOrderByUpperCase)
-{
+    // Case-blind comparison orders by upper case.
     EXPECT_EQ(CompareBytes("HeLLo", 0, "hello", 0, 5, 0), 0);
     EXPECT_EQ(CompareBytes("HeLLo", 0, "hello", 0, 5, 1), -1);
     // 'a' sorts below '[' once folded ('A' is 65, '[' 91), above it as it stands.
@@ -41,7 +38,7 @@ TEST(FmtioCompare, StringsStopAtTheFirstStringsEnd)
     EXPECT_EQ(CompareStrings("", 0, "", 0, 0), 0);
 }
 
-TEST(FmtioCopy, OverlappingCopiesKeepTheSource)
+TEST(FmtioCopy, OverlappingCopiesKeepTheSourceAndStringsEndInAZero)
 {
     char forward[] = "0123456789";
     CopyBytes(forward, 0, forward, 2, 5);
@@ -52,10 +49,8 @@ TEST(FmtioCopy, OverlappingCopiesKeepTheSource)
     char untouched[] = "abc";
     CopyBytes(untouched, 0, "xyz", 0, 0);
     EXPECT_STREQ(untouched, "abc");
-}
 
-TEST(FmtioCopy, CopyStringAlwaysTerminates)
-{
+    // CopyString always terminates.
     char target[16];
     std::memset(target, '#', sizeof target);
     CopyString(target, 1, "hello", 0, 0);
@@ -71,10 +66,8 @@ TEST(FmtioCopy, CopyStringAlwaysTerminates)
     char shifting[16] = "abcdef";
     CopyString(shifting, 2, shifting, 0, -1);
     EXPECT_STREQ(shifting, "ababcdef");
-}
 
-TEST(FmtioCopy, FillBytesSetsOnlyTheRange)
-{
+    // FillBytes sets only the range.
     char buffer[] = "abcdef";
     FillBytes(buffer, 1, 3, 0x100 + '*');
     EXPECT_STREQ(buffer, "a***ef");
@@ -82,7 +75,7 @@ TEST(FmtioCopy, FillBytesSetsOnlyTheRange)
     EXPECT_STREQ(buffer, "a***ef");
 }
 
-TEST(FmtioFindPattern, IndexIncludesTheStartIndex)
+TEST(FmtioFindPattern, IndexIncludesTheStartIndexAndImpossibleMatchesAreRefused)
 {
     const char *text = "abcabcABC";
     EXPECT_EQ(FindPattern(text, 0, -1, "abc", 1, 0), 0);
@@ -92,10 +85,8 @@ TEST(FmtioFindPattern, IndexIncludesTheStartIndex)
     EXPECT_EQ(FindPattern(text, 2, 7, "ABC", 1, 1), 6);  // a match ending on the last byte
     EXPECT_EQ(FindPattern(text, 2, 6, "ABC", 1, 0), -1);
     EXPECT_EQ(FindPattern(text, 0, 3, "abc", 1, 1), 0);
-}
 
-TEST(FmtioFindPattern, RefusesWhatCannotMatch)
-{
+    // What cannot match is refused.
     EXPECT_EQ(FindPattern("abc", 0, -1, "", 1, 0), -1);
     EXPECT_EQ(FindPattern("abc", 0, -1, "abcd", 1, 0), -1);
     EXPECT_EQ(FindPattern("abc", 0, 2, "abc", 1, 0), -1);

@@ -15,7 +15,8 @@ namespace {
 using tollan::engine::RunStateTable;
 
 // (callback number, event) in the order the callbacks heard them.
-std::vector<std::pair<int, int32_t>> heard;
+using Heard = std::vector<std::pair<int, int32_t>>;
+Heard heard;
 
 template <int N>
 void callback(int32_t event)
@@ -53,13 +54,13 @@ TEST_F(ModuleTable, StartsOneModuleOrEveryModuleInTableOrder)
     table.add(callback<3>, &moduleA);
 
     table.start(&moduleA);
-    EXPECT_EQ(heard, (std::vector<std::pair<int, int32_t>>{{1, 0}, {3, 0}, {1, 5}, {3, 5}}));
+    EXPECT_EQ(heard, (Heard{{1, 0}, {3, 0}, {1, 5}, {3, 5}}));
     EXPECT_EQ(table.entry(0).started, 1);
     EXPECT_EQ(table.entry(1).started, 0);
 
     heard.clear();
     table.start(nullptr);
-    EXPECT_EQ(heard, (std::vector<std::pair<int, int32_t>>{{1, 0}, {2, 0}, {3, 0}, {1, 5}, {2, 5}, {3, 5}}));
+    EXPECT_EQ(heard, (Heard{{1, 0}, {2, 0}, {3, 0}, {1, 5}, {2, 5}, {3, 5}}));
 }
 
 RunStateTable *growing = nullptr;
@@ -75,7 +76,7 @@ TEST_F(ModuleTable, ACallbackRegisteredDuringStartIsStartedInTheSameWalk)
     growing = &table;
     table.add(registersAnother, &moduleA);
     table.start(&moduleA);
-    EXPECT_EQ(heard, (std::vector<std::pair<int, int32_t>>{{9, 0}, {4, 0}, {9, 5}, {4, 5}}));
+    EXPECT_EQ(heard, (Heard{{9, 0}, {4, 0}, {9, 5}, {4, 5}}));
 }
 
 TEST_F(ModuleTable, StopsLastFirstAndFillsHolesFromTheEnd)
@@ -89,7 +90,7 @@ TEST_F(ModuleTable, StopsLastFirstAndFillsHolesFromTheEnd)
     heard.clear();
 
     table.stop(&moduleA);
-    EXPECT_EQ(heard, (std::vector<std::pair<int, int32_t>>{{3, 6}, {1, 6}, {3, 4}, {1, 4}}));
+    EXPECT_EQ(heard, (Heard{{3, 6}, {1, 6}, {3, 4}, {1, 4}}));
     ASSERT_EQ(table.count(), 3);
     // Entry 0's hole took the last entry (5); entry 2's the then last (4).
     EXPECT_EQ(table.entry(0).callback, callback<5>);
@@ -104,7 +105,7 @@ TEST_F(ModuleTable, ExportedRegistrationStartsAndCloseAfterShutdownDoesNothing)
     static int module;
     const ZORRunStateCallback callbacks[] = {callback<7>, callback<8>, nullptr};
     ASSERT_EQ(InitZORRTDll(&module, callbacks), 1);
-    EXPECT_EQ(heard, (std::vector<std::pair<int, int32_t>>{{7, 0}, {8, 0}, {7, 5}, {8, 5}}));
+    EXPECT_EQ(heard, (Heard{{7, 0}, {8, 0}, {7, 5}, {8, 5}}));
 
     heard.clear();
     tollan::engine::state.closed.store(true);
@@ -113,7 +114,7 @@ TEST_F(ModuleTable, ExportedRegistrationStartsAndCloseAfterShutdownDoesNothing)
     EXPECT_TRUE(heard.empty());
 
     EXPECT_EQ(CloseZORRTDll(&module), 1);
-    EXPECT_EQ(heard, (std::vector<std::pair<int, int32_t>>{{8, 6}, {7, 6}, {8, 4}, {7, 4}}));
+    EXPECT_EQ(heard, (Heard{{8, 6}, {7, 6}, {8, 4}, {7, 4}}));
 }
 
 #if defined(__x86_64__) || defined(__i386__)

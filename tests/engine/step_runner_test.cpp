@@ -39,6 +39,20 @@ void cleanup() noexcept
 
 constexpr TraceSite kSite{ZOR_LOG_TRACE, "test/steps", "Stage"};
 
+StartupStep step(Stage stage, bool (*initOnce)() noexcept, const char *trace = nullptr,
+                 int32_t failureCode = 0)
+{
+    return {.name = "step", .stage = stage, .initOnce = initOnce, .trace = trace, .failureCode = failureCode};
+}
+
+StartupStep cleansUp(Cleanup cleanup, ThreadCleanup threadCleanup = {})
+{
+    StartupStep result = step(Stage::initApp, succeeds<0>);
+    result.cleanup = cleanup;
+    result.threadCleanup = threadCleanup;
+    return result;
+}
+
 struct StepRunner : ::testing::Test {
     StepRunner() { calls.clear(); }
 };
@@ -46,15 +60,11 @@ struct StepRunner : ::testing::Test {
 TEST_F(StepRunner, AFailureWithACodeStopsTheStageAndOneWithoutDoesNot)
 {
     const StartupStep steps[] = {
-        {.name = "a", .stage = Stage::initApp, .initOnce = succeeds<1>, .trace = "one returned"},
-        {.name = "b", .stage = Stage::runtimeLibraries, .initOnce = succeeds<9>},
-        {.name = "c", .stage = Stage::initApp, .initOnce = fails<2>, .trace = "two returned"},
-        {.name = "d",
-         .stage = Stage::initApp,
-         .initOnce = fails<3>,
-         .trace = "three returned",
-         .failureCode = 91},
-        {.name = "e", .stage = Stage::initApp, .initOnce = succeeds<4>, .trace = "four returned"},
+        step(Stage::initApp, succeeds<1>, "one returned"),
+        step(Stage::runtimeLibraries, succeeds<9>),
+        step(Stage::initApp, fails<2>, "two returned"),
+        step(Stage::initApp, fails<3>, "three returned", 91),
+        step(Stage::initApp, succeeds<4>, "four returned"),
     };
     LogCapture log(ZOR_LOG_TRACE, "[FUNC]|[MSG]");
     const StartupStep *failed = runStage(steps, Stage::initApp, kSite);
@@ -67,13 +77,8 @@ TEST_F(StepRunner, AFailureWithACodeStopsTheStageAndOneWithoutDoesNot)
 
 TEST_F(StepRunner, EveryFailureStopsTheAttach)
 {
-    const StartupStep steps[] = {
-        {.name = "a",
-         .stage = Stage::processAttach,
-         .initOnce = fails<1>,
-         .onFailure = AttachFailure::closeAndRefuse},
-        {.name = "b", .stage = Stage::processAttach, .initOnce = succeeds<2>},
-    };
+    StartupStep steps[] = {step(Stage::processAttach, fails<1>), step(Stage::processAttach, succeeds<2>)};
+    steps[0].onFailure = AttachFailure::closeAndRefuse;
     const StartupStep *failed = runStage(steps, Stage::processAttach, kSite);
     ASSERT_NE(failed, nullptr);
     EXPECT_EQ(failed->onFailure, AttachFailure::closeAndRefuse);
@@ -86,26 +91,11 @@ TEST_F(StepRunner, EveryFailureStopsTheAttach)
 TEST_F(StepRunner, CleanUpsRunByPhaseAndRankNotByRowOrder)
 {
     const StartupStep steps[] = {
-        {.name = "a",
-         .stage = Stage::initApp,
-         .initOnce = succeeds<0>,
-         .cleanup = {CleanupPhase::libraries, 30, cleanup<1>},
-         .threadCleanup = {20, cleanup<11>}},
-        {.name = "b",
-         .stage = Stage::initApp,
-         .initOnce = succeeds<0>,
-         .cleanup = {CleanupPhase::exitApp, 10, cleanup<2>}},
-        {.name = "c",
-         .stage = Stage::initApp,
-         .initOnce = succeeds<0>,
-         .cleanup = {CleanupPhase::libraries, 10, cleanup<3>},
-         .threadCleanup = {10, cleanup<13>}},
-        {.name = "d",
-         .stage = Stage::initApp,
-         .initOnce = succeeds<0>,
-         .cleanup = {CleanupPhase::libraries, 30, cleanup<4>},
-         .threadCleanup = {20, cleanup<14>}},
-        {.name = "e", .stage = Stage::initApp, .initOnce = succeeds<0>},
+        cleansUp({CleanupPhase::libraries, 30, cleanup<1>}, {20, cleanup<11>}),
+        cleansUp({CleanupPhase::exitApp, 10, cleanup<2>}),
+        cleansUp({CleanupPhase::libraries, 10, cleanup<3>}, {10, cleanup<13>}),
+        cleansUp({CleanupPhase::libraries, 30, cleanup<4>}, {20, cleanup<14>}),
+        step(Stage::initApp, succeeds<0>),
     };
     runCleanups(steps, CleanupPhase::libraries);
     EXPECT_EQ(calls, (std::vector<std::string>{"clean 3", "clean 1", "clean 4"}));
@@ -117,12 +107,7 @@ TEST_F(StepRunner, CleanUpsRunByPhaseAndRankNotByRowOrder)
 
 TEST_F(StepRunner, AfterCloseCleanUpsTraceAtDllMainLevel)
 {
-    const StartupStep steps[] = {
-        {.name = "a",
-         .stage = Stage::processAttach,
-         .initOnce = succeeds<0>,
-         .cleanup = {CleanupPhase::afterClose, 0, cleanup<1>, "one cleaned"}},
-    };
+    const StartupStep steps[] = {cleansUp({CleanupPhase::afterClose, 0, cleanup<1>, "one cleaned"})};
     LogCapture log(ZOR_LOG_DLLMAIN, "[LEVEL]|[FUNC]|[MSG]");
     runCleanups(steps, CleanupPhase::afterClose);
     EXPECT_EQ(log.lines(), (std::vector<std::string>{"DLLMAIN|DllMain|one cleaned"}));

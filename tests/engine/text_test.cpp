@@ -34,15 +34,12 @@ std::vector<std::string> split(std::string text, LeadBytePredicate isLeadByte = 
 
 using Args = std::vector<std::string>;
 
-TEST(CommandLine, SplitsAtBlanksAndKeepsQuotedBlanks)
+TEST(CommandLine, SplitsAtBlanksKeepsQuotedBlanksAndRunsAnOpenQuoteToTheEnd)
 {
     EXPECT_EQ(split("prog  -x\t\"a b\"  c"), (Args{"prog", "-x", "a b", "c"}));
     EXPECT_EQ(split("\"\" x"), (Args{"", "x"}));
     EXPECT_EQ(split("\"ab\"cd"), (Args{"ab", "cd"}));
-}
-
-TEST(CommandLine, AnUnterminatedQuoteRunsToTheEnd)
-{
+    // An unterminated quote runs to the end.
     EXPECT_EQ(split("one \"two three"), (Args{"one", "two three"}));
     EXPECT_EQ(split("\""), (Args{""}));
 }
@@ -73,16 +70,14 @@ std::string pascal(const std::string &text, LeadBytePredicate isLeadByte = nullp
     return std::string(reinterpret_cast<const char *>(buffer + 1), buffer[0]);
 }
 
-TEST(PascalString, CopiesAndClampsTo255Bytes)
+TEST(PascalString, CopiesAndClampsTo255BytesNeverSplittingATwoByteCharacter)
 {
     EXPECT_EQ(pascal("zor"), "zor");
     EXPECT_EQ(pascal(""), "");
     EXPECT_EQ(pascal(std::string(255, 'a')), std::string(255, 'a'));
     EXPECT_EQ(pascal(std::string(300, 'a')), std::string(255, 'a'));
-}
 
-TEST(PascalString, NeverSplitsATwoByteCharacter)
-{
+    // A two-byte character is never split.
     const std::string leadAt255 = std::string(254, 'a') + "\x81x" + "tail";
     EXPECT_EQ(pascal(leadAt255, leadByte), std::string(254, 'a'));
     EXPECT_EQ(pascal(leadAt255), leadAt255.substr(0, 255));  // single-byte code page

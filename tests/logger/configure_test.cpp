@@ -7,10 +7,10 @@
 #include <tollan/logger.h>
 
 #include "fixtures/log_capture.h"
+#include "fixtures/settings_writer.h"
 #include "logger/configure.h"
 #include "logger/line_template.h"
 #include "logger/log.h"
-#include "settings_writer.h"
 
 using tollan::logger::configureFromSettings;
 using tollan::testing::currentLogLocation;

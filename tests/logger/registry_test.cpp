@@ -5,8 +5,8 @@
 
 #include "engine/registry.h"
 #include "fixtures/log_capture.h"
+#include "fixtures/settings_writer.h"
 #include "logger/log.h"
-#include "settings_writer.h"
 #include "support/messages.h"
 
 using namespace tollan::engine;

@@ -36,7 +36,7 @@ std::vector<std::unique_ptr<Thread>> startWaiters(Waiter *waiter, int count)
 
 }  // namespace
 
-TEST(Event, AutoResetReleasesOneWaitAndResets)
+TEST(Event, AutoResetReleasesOneWaitManualResetStaysSet)
 {
     auto event = Event::create(false, true, nullptr);
     ASSERT_TRUE(event);
@@ -46,18 +46,15 @@ TEST(Event, AutoResetReleasesOneWaitAndResets)
     event->set();  // a second set while set does not count twice
     EXPECT_EQ(event->wait(0), WaitResult::signalled);
     EXPECT_EQ(event->wait(0), WaitResult::timedOut);
-}
 
-TEST(Event, ManualResetStaysSetUntilReset)
-{
-    auto event = Event::create(true, false, nullptr);
-    ASSERT_TRUE(event);
-    EXPECT_EQ(event->wait(0), WaitResult::timedOut);
-    event->set();
-    EXPECT_EQ(event->wait(0), WaitResult::signalled);
-    EXPECT_EQ(event->wait(10), WaitResult::signalled);
-    event->reset();
-    EXPECT_EQ(event->wait(0), WaitResult::timedOut);
+    auto manual = Event::create(true, false, nullptr);  // stays set until reset
+    ASSERT_TRUE(manual);
+    EXPECT_EQ(manual->wait(0), WaitResult::timedOut);
+    manual->set();
+    EXPECT_EQ(manual->wait(0), WaitResult::signalled);
+    EXPECT_EQ(manual->wait(10), WaitResult::signalled);
+    manual->reset();
+    EXPECT_EQ(manual->wait(0), WaitResult::timedOut);
 }
 
 TEST(Event, TimedWaitLastsAboutItsTimeout)

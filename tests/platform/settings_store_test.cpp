@@ -15,10 +15,13 @@
 #include <sstream>
 #endif
 
+#include "fixtures/settings_writer.h"
 #include "platform/settings_store.h"
 #include "platform/thread.h"
 
 using namespace tollan::platform;
+using tollan::testing::storeDword;
+using tollan::testing::storeString;
 
 namespace {
 
@@ -32,24 +35,6 @@ std::string testKey(const char *leaf)
     char path[128];
     std::snprintf(path, sizeof path, "Software\\TollanTests\\Run%u\\%s", currentProcessId(), leaf);
     return path;
-}
-
-int32_t writeString(const std::string &path, const char *name, const char *value)
-{
-    SettingsKey *key = nullptr;
-    int32_t error = settingsOpenKey(RootKey::currentUser, path.c_str(), true, false, &key);
-    if (error == 0) error = settingsSetString(key, name, value);
-    settingsCloseKey(key);
-    return error;
-}
-
-int32_t writeDword(const std::string &path, const char *name, uint32_t value)
-{
-    SettingsKey *key = nullptr;
-    int32_t error = settingsOpenKey(RootKey::currentUser, path.c_str(), true, false, &key);
-    if (error == 0) error = settingsSetDword(key, name, value);
-    settingsCloseKey(key);
-    return error;
 }
 
 // Reads a value as RegQueryValueExA would into a buffer of `size` bytes.
@@ -83,9 +68,9 @@ Read readValue(const std::string &path, const char *name, uint32_t size = 256)
 TEST(SettingsStore, StringsAndNumbersRoundTrip)
 {
     const std::string path = testKey("RoundTrip");
-    ASSERT_EQ(writeString(path, "Log File Name", "C:\\logs\\\"quoted\".txt"), 0);
-    ASSERT_EQ(writeDword(path, "Log Level", 0x1f), 0);
-    ASSERT_EQ(writeString(path, nullptr, ""), 0);
+    ASSERT_EQ(storeString(path.c_str(), "Log File Name", "C:\\logs\\\"quoted\".txt"), 0);
+    ASSERT_EQ(storeDword(path.c_str(), "Log Level", 0x1f), 0);
+    ASSERT_EQ(storeString(path.c_str(), nullptr, ""), 0);
 
     const Read text = readValue(path, "Log File Name");
     ASSERT_EQ(text.error, 0);
@@ -106,14 +91,14 @@ TEST(SettingsStore, StringsAndNumbersRoundTrip)
     EXPECT_EQ(empty.size, 1u);
 
     // Writing again replaces the value, whatever its type was.
-    ASSERT_EQ(writeString(path, "Log Level", "high"), 0);
+    ASSERT_EQ(storeString(path.c_str(), "Log Level", "high"), 0);
     EXPECT_EQ(readValue(path, "Log Level").type, kSettingString);
 }
 
 TEST(SettingsStore, NamesMatchWithoutRegardToCase)
 {
     const std::string path = testKey("CaseBlind");
-    ASSERT_EQ(writeString(path, "RemoteDebuggerPort", "8000"), 0);
+    ASSERT_EQ(storeString(path.c_str(), "RemoteDebuggerPort", "8000"), 0);
     std::string shouted = path;
     for (char &c : shouted) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
     const Read read = readValue(shouted, "remotedebuggerport");
@@ -125,7 +110,7 @@ TEST(SettingsStore, MissingKeysValuesAndShortBuffersFailWithTheirCodes)
 {
     const std::string path = testKey("Codes");
     EXPECT_EQ(readValue(path, "anything").error, kFileNotFound);
-    ASSERT_EQ(writeString(path, "present", "twelve chars"), 0);
+    ASSERT_EQ(storeString(path.c_str(), "present", "twelve chars"), 0);
     EXPECT_EQ(readValue(path, "absent").error, kFileNotFound);
     EXPECT_EQ(readValue(testKey("Codes\\Deeper"), "present").error, kFileNotFound);
 
@@ -204,7 +189,7 @@ void writeMany(void *argument)
     for (int i = 0; i < 20; ++i) {
         char name[32];
         std::snprintf(name, sizeof name, "w%d-%d", number, i);
-        writeDword("Software\\Concurrent", name, static_cast<uint32_t>(i));
+        storeDword("Software\\Concurrent", name, static_cast<uint32_t>(i));
     }
 }
 
@@ -256,7 +241,7 @@ TEST_F(SettingsFile, DamagedLinesAreSkippedAndSurviveAWrite)
     EXPECT_EQ(readValue(kLoggerKey, "Bad Number").error, kFileNotFound);
     EXPECT_EQ(readValue(kLoggerKey, "Log Level").error, 0);
 
-    ASSERT_EQ(writeString(kLoggerKey, "Log Format", "plain"), 0);
+    ASSERT_EQ(storeString(kLoggerKey, "Log Format", "plain"), 0);
     const std::string rewritten = fileText();
     EXPECT_NE(rewritten.find("\"Unterminated\"=\"abc\n"), std::string::npos);
     EXPECT_NE(rewritten.find("garbage \x01\x02 line\n"), std::string::npos);
@@ -271,14 +256,14 @@ TEST_F(SettingsFile, BinaryNoiseNeverCrashesTheReader)
     for (int i = 0; i < 4096; ++i) noise.push_back(static_cast<char>((i * 7919) % 251));
     writeFile("[HKEY_CURRENT_USER\\Software\\X]\n\"" + noise + "\n@=hex(" + noise);
     EXPECT_EQ(readValue("Software\\X", "nothing").error, kFileNotFound);
-    EXPECT_EQ(writeDword("Software\\X", "n", 1), 0);
+    EXPECT_EQ(storeDword("Software\\X", "n", 1), 0);
     EXPECT_EQ(readValue("Software\\X", "n").error, 0);
 }
 
 TEST_F(SettingsFile, WritesCreateTheDirectoryAndStayReadableText)
 {
-    ASSERT_EQ(writeString(kLoggerKey, "Log File Name", "a\"b\\c"), 0);
-    ASSERT_EQ(writeDword(kLoggerKey, "Log Level", 0x30), 0);
+    ASSERT_EQ(storeString(kLoggerKey, "Log File Name", "a\"b\\c"), 0);
+    ASSERT_EQ(storeDword(kLoggerKey, "Log Level", 0x30), 0);
     EXPECT_EQ(fileText(),
               "Windows Registry Editor Version 5.00\n\n"
               "[HKEY_CURRENT_USER\\Software\\Vantrel\\ZOR\\17.0\\Logger]\n"

@@ -14,8 +14,8 @@
 
 #include "engine/engine_state.h"
 #include "fixtures/log_capture.h"
+#include "fixtures/settings_writer.h"
 #include "platform/clock.h"
-#include "platform/settings_store.h"
 #include "timing/library.h"
 #include "timing/milliseconds.h"
 #include "timing/time_source.h"
@@ -34,12 +34,7 @@ double secondsSince(Clock::time_point start)
 
 void storeUseDefaultTimer(uint32_t value)
 {
-    platform::SettingsKey *key = nullptr;
-    ASSERT_EQ(platform::settingsOpenKey(platform::RootKey::currentUser, "Software\\Vantrel\\ZOR\\17.0", true,
-                                        false, &key),
-              0);
-    EXPECT_EQ(platform::settingsSetDword(key, "useDefaultTimer", value), 0);
-    platform::settingsCloseKey(key);
+    ASSERT_EQ(tollan::testing::storeDword("Software\\Vantrel\\ZOR\\17.0", "useDefaultTimer", value), 0);
 }
 
 // Each test that changes the time source gets the usual one back.

@@ -16,18 +16,14 @@
 using namespace tollan;
 using namespace timing_test;
 
-TEST(TimerEngine, InitialisesOnceWithTheMultimediaTimer)
+TEST(TimerEngine, InitialisesOnceWithTheMultimediaTimersClockAndResolution)
 {
     ASSERT_EQ(ZORUSTEinitialize(), 1);
     ASSERT_EQ(timing::chosenEngine(), &timing::mmsystemEngine());
     EXPECT_EQ(ZORUSTEinitialize(), 1);
     EXPECT_EQ(timing::chosenEngine(), &timing::mmsystemEngine());
     EXPECT_EQ(timing::mmsystemEngine().engineObject(), nullptr);
-}
 
-TEST(TimerEngine, ClockAndResolution)
-{
-    ASSERT_EQ(ZORUSTEinitialize(), 1);
     ZORUSTETimeValue resolution{99, 99};
     ASSERT_EQ(ZORUSTEresolution(&resolution), ZORUSTE_SUCCESS);
     EXPECT_EQ(resolution.seconds, 0u);

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "fixtures/log_capture.h"
-#include "platform/settings_store.h"
+#include "fixtures/settings_writer.h"
 #include "platform/system.h"
 
 namespace {
@@ -50,33 +50,27 @@ std::string probePath()
 class LoggerSettings {
 public:
     explicit LoggerSettings(const std::string &logFile)
+        : ready_(apply(kTraceTempInfoDllMain, 5, logFile.c_str(), 1, kLineTemplate))
     {
-        using namespace tollan::platform;
-        if (settingsOpenKey(RootKey::currentUser, kLoggerKey, true, false, &key_) != 0) return;
-        apply(kTraceTempInfoDllMain, 5, logFile.c_str(), 1, kLineTemplate);
     }
-    ~LoggerSettings()
-    {
-        if (key_ == nullptr) return;
-        apply(64, 3, "", 0, "[[TIME]] [[LEVEL]] [[FUNC]] [[FILE]:[LINE]] [MSG]");
-        tollan::platform::settingsCloseKey(key_);
-    }
-    bool ready() const { return key_ != nullptr; }
+    ~LoggerSettings() { apply(64, 3, "", 0, "[[TIME]] [[LEVEL]] [[FUNC]] [[FILE]:[LINE]] [MSG]"); }
+    bool ready() const { return ready_; }
     std::string environment() const { return ""; }
 
 private:
-    void apply(uint32_t level, uint32_t location, const char *fileName, uint32_t fileFormat,
-               const char *format)
+    static bool apply(uint32_t level, uint32_t location, const char *fileName, uint32_t fileFormat,
+                      const char *format)
     {
-        using namespace tollan::platform;
-        settingsSetDword(key_, "Log Level", level);
-        settingsSetDword(key_, "Log Output Location", location);
-        settingsSetString(key_, "Log File Name", fileName);
-        settingsSetDword(key_, "Log File Format", fileFormat);
-        settingsSetString(key_, "Log Format", format);
+        using tollan::testing::storeDword;
+        using tollan::testing::storeString;
+        return storeDword(kLoggerKey, "Log Level", level) == 0 &&
+               storeDword(kLoggerKey, "Log Output Location", location) == 0 &&
+               storeString(kLoggerKey, "Log File Name", fileName) == 0 &&
+               storeDword(kLoggerKey, "Log File Format", fileFormat) == 0 &&
+               storeString(kLoggerKey, "Log Format", format) == 0;
     }
 
-    tollan::platform::SettingsKey *key_ = nullptr;
+    bool ready_;
 };
 #else
 // The POSIX library reads the settings file named by TOLLAN_REGISTRY.

@@ -13,6 +13,7 @@
 #include <cstring>
 #include <map>
 #include <mutex>
+#include <new>
 #include <string>
 
 namespace tollan::platform {
@@ -56,7 +57,9 @@ uint32_t registerWindowMessage(const char *name) noexcept
 {
     if (!name || !*name) return 0;
     static std::mutex mutex;
-    static std::map<std::string, uint32_t> *ids = new std::map<std::string, uint32_t>;
+    // Never destroyed: messages may still be registered while the process ends.
+    static auto *ids = new (std::nothrow) std::map<std::string, uint32_t>;
+    if (!ids) return 0;
     try {
         std::string key(name);
         for (char &c : key) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));

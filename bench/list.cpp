@@ -68,8 +68,9 @@ void BM_LQuickSort(benchmark::State &state)
     LDiscard(list);
 }
 
-template <size_t Size>
-void BM_qsort(benchmark::State &state)
+// Times `sort` on a fresh copy of the shuffled items in every iteration.
+template <size_t Size, class Sort>
+void timeSortOfCopies(benchmark::State &state, Sort sort)
 {
     const auto &input = shuffledItems<Size>();
     std::vector<Item<Size>> items(input.size());
@@ -77,22 +78,25 @@ void BM_qsort(benchmark::State &state)
         state.PauseTiming();
         items = input;
         state.ResumeTiming();
-        std::qsort(items.data(), items.size(), Size, compareKeys<Size>);
+        sort(items);
     }
+}
+
+template <size_t Size>
+void BM_qsort(benchmark::State &state)
+{
+    timeSortOfCopies<Size>(state, [](std::vector<Item<Size>> &items) {
+        std::qsort(items.data(), items.size(), Size, compareKeys<Size>);
+    });
 }
 
 template <size_t Size>
 void BM_std_sort(benchmark::State &state)
 {
-    const auto &input = shuffledItems<Size>();
-    std::vector<Item<Size>> items(input.size());
-    for (auto _ : state) {
-        state.PauseTiming();
-        items = input;
-        state.ResumeTiming();
+    timeSortOfCopies<Size>(state, [](std::vector<Item<Size>> &items) {
         std::sort(items.begin(), items.end(),
                   [](const Item<Size> &a, const Item<Size> &b) { return a.key < b.key; });
-    }
+    });
 }
 
 void BM_LBinSearch(benchmark::State &state)

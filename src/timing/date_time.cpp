@@ -2,6 +2,7 @@
 // one, into a buffer that all threads share.
 #include <tollan/utility.h>
 
+#include <cstdarg>
 #include <cstdio>
 #include <mutex>
 
@@ -24,6 +25,20 @@ char *scratchFor(std::unique_lock<platform::RecursiveLock> &sharedGuard) noexcep
     return sharedScratch;
 }
 
+// Prints the formatted text into the scratch block between `offset` and `end`
+// and returns where it starts.
+[[gnu::format(printf, 3, 4)]] char *printToScratch(size_t offset, size_t end, const char *format,
+                                                   ...) noexcept
+{
+    std::unique_lock<platform::RecursiveLock> guard;
+    char *text = scratchFor(guard) + offset;
+    va_list args;
+    va_start(args, format);
+    std::vsnprintf(text, end - offset, format, args);
+    va_end(args);
+    return text;
+}
+
 platform::LocalTime localNow() noexcept
 {
     platform::LocalTime now{};
@@ -36,19 +51,13 @@ platform::LocalTime localNow() noexcept
 char *DateStr(void) noexcept
 {
     const platform::LocalTime now = localNow();
-    std::unique_lock<platform::RecursiveLock> guard;
-    char *date = scratchFor(guard) + timing::kDateOffset;
-    std::snprintf(date, timing::kTimeOffset - timing::kDateOffset, "%02d-%02d-%04d", now.month, now.day,
-                  now.year);
-    return date;
+    return printToScratch(timing::kDateOffset, timing::kTimeOffset, "%02d-%02d-%04d", now.month, now.day,
+                          now.year);
 }
 
 char *TimeStr(void) noexcept
 {
     const platform::LocalTime now = localNow();
-    std::unique_lock<platform::RecursiveLock> guard;
-    char *time = scratchFor(guard) + timing::kTimeOffset;
-    std::snprintf(time, timing::kScratchBytes - timing::kTimeOffset, "%02d:%02d:%02d", now.hour, now.minute,
-                  now.second);
-    return time;
+    return printToScratch(timing::kTimeOffset, timing::kScratchBytes, "%02d:%02d:%02d", now.hour, now.minute,
+                          now.second);
 }

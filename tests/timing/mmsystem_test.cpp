@@ -72,11 +72,7 @@ TEST(TimerEngine, CallsBackOncePerPeriod)
 {
     ASSERT_EQ(ZORUSTEinitialize(), 1);
     Counter counter;
-    void *timer = ZORUSTEnewtimer(&Counter::callback, &counter);
-    ASSERT_NE(timer, nullptr);
-    const double periods = runFor(timer, 10, 300);
-    ASSERT_GT(periods, 0);
-    EXPECT_TRUE(plausibleCount(counter.calls.load(), periods)) << counter.calls.load() << " in " << periods;
+    expectOneCallPerPeriod(counter);
     const int afterDiscard = counter.calls.load();
     std::this_thread::sleep_for(std::chrono::milliseconds(40));
     EXPECT_EQ(counter.calls.load(), afterDiscard);

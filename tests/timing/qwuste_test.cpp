@@ -56,11 +56,7 @@ TEST_F(ExternalEngine, ClockAndResolutionComeFromTheEngine)
 TEST_F(ExternalEngine, CallsBackOncePerPeriod)
 {
     Counter counter;
-    void *timer = ZORUSTEnewtimer(&Counter::callback, &counter);
-    ASSERT_NE(timer, nullptr);
-    const double periods = runFor(timer, 10, 300);
-    ASSERT_GT(periods, 0);
-    EXPECT_TRUE(plausibleCount(counter.calls.load(), periods)) << counter.calls.load() << " in " << periods;
+    expectOneCallPerPeriod(counter);
 }
 
 TEST_F(ExternalEngine, NoCallbackRunsAfterDiscardReturns)

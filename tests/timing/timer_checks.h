@@ -42,6 +42,16 @@ inline bool plausibleCount(int calls, double periods)
     return calls >= periods / 2 - 1 && calls <= periods + 1;
 }
 
+// A 10 ms timer run for 300 ms calls `counter` back about once per period.
+inline void expectOneCallPerPeriod(Counter &counter)
+{
+    void *timer = ZORUSTEnewtimer(&Counter::callback, &counter);
+    ASSERT_NE(timer, nullptr);
+    const double periods = runFor(timer, 10, 300);
+    ASSERT_GT(periods, 0);
+    EXPECT_TRUE(plausibleCount(counter.calls.load(), periods)) << counter.calls.load() << " in " << periods;
+}
+
 struct SelfDiscarding {
     void *timer = nullptr;
     std::atomic<int> calls{0};

@@ -3,6 +3,7 @@
 #include "engine/engine_state.h"
 #include "engine/step_runner.h"
 #include "logger/log.h"
+#include "services/lifecycle.h"
 
 namespace tollan::engine {
 
@@ -12,7 +13,7 @@ void CloseRTDll() noexcept
     WExitApp();
     runCleanups(startupSteps(), CleanupPhase::protection);
     runCleanups(startupSteps(), CleanupPhase::threadVariables);
-    state.closed.store(true);
+    services::lifecycle().closed.store(true);
 }
 
 void WExitApp() noexcept

@@ -3,10 +3,11 @@
 #include "engine/close_chain.h"
 #include "engine/engine_state.h"
 #include "engine/step_runner.h"
-#include "engine/thread_var_scheme.h"
-#include "engine/thread_vars.h"
 #include "logger/log.h"
 #include "platform/thread.h"
+#include "services/lifecycle.h"
+#include "services/thread_var_scheme.h"
+#include "services/thread_vars.h"
 
 namespace tollan::engine {
 namespace {
@@ -30,15 +31,15 @@ int32_t processAttach(void *moduleInstance) noexcept
         if (failed->onFailure == AttachFailure::closeAndRefuse) CloseRTDll();
         return returning(0);
     }
-    state.initialised.store(true);
+    services::lifecycle().initialised.store(true);
     return returning(1);
 }
 
 int32_t processDetach() noexcept
 {
     TOLLAN_LOG(kDllMain.level, kDllMain.module, kDllMain.function, "DLL_PROCESS_DETACH");
-    state.detaching.store(true);
-    if (state.initialised.load()) {
+    services::lifecycle().detaching.store(true);
+    if (services::lifecycle().initialised.load()) {
         CloseRTDll();
         TOLLAN_LOG(kDllMain.level, kDllMain.module, kDllMain.function, "CloseRTDll returned");
     }
@@ -50,8 +51,8 @@ int32_t threadDetach() noexcept
 {
     TOLLAN_LOG(kDllMain.level, kDllMain.module, kDllMain.function, "DLL_THREAD_DETACH: thread %d",
                static_cast<int>(platform::currentThreadId()));
-    if (threadHasBlock()) runThreadCleanups(startupSteps());
-    threadVars().freeThreadBlock();
+    if (services::threadHasBlock()) runThreadCleanups(startupSteps());
+    services::threadVars().freeThreadBlock();
     return returning(1);
 }
 

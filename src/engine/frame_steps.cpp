@@ -2,21 +2,21 @@
 
 #include "engine/engine_state.h"
 #include "engine/host_module.h"
-#include "engine/lifecycle.h"
 #include "platform/thread.h"
+#include "services/lifecycle.h"
 
 namespace tollan::engine {
 
 bool QXInitMainThreadId() noexcept
 {
-    state.mainThreadId = platform::currentThreadId();
+    services::lifecycle().mainThreadId = platform::currentThreadId();
     return true;
 }
 
 bool rememberHostModule() noexcept
 {
     if (hostModule().remember()) return true;
-    setStartupFailure();
+    services::setStartupFailure();
     return false;
 }
 

@@ -1,10 +1,14 @@
 #include "engine/library_slot.h"
 
 #include "engine/engine_state.h"
-#include "engine/thread_var_scheme.h"
-#include "engine/thread_vars.h"
+#include "services/thread_var_scheme.h"
+#include "services/thread_vars.h"
 
 namespace tollan::engine {
+
+using services::freeThreadData;
+using services::threadVars;
+
 namespace {
 
 constinit int32_t slot = 0;

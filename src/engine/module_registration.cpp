@@ -2,16 +2,16 @@
 // they load and leave when they unload.
 #include <tollan/engine.h>
 
-#include "engine/engine_state.h"
-#include "engine/module_table.h"
 #include "engine/x87_control.h"
+#include "services/lifecycle.h"
+#include "services/run_state_table.h"
 
-using tollan::engine::runStateTable;
-using tollan::engine::state;
+using tollan::services::lifecycle;
+using tollan::services::runStateTable;
 
 int32_t InitZORRTDll(void *module, const ZORRunStateCallback *callbacks) noexcept
 {
-    if (!state.initialised.load()) return 0;
+    if (!lifecycle().initialised.load()) return 0;
     tollan::engine::maskX87Exceptions();
     for (const ZORRunStateCallback *next = callbacks; next != nullptr && *next != nullptr; ++next)
         runStateTable().add(*next, module);  // a full table drops the callback silently
@@ -21,7 +21,7 @@ int32_t InitZORRTDll(void *module, const ZORRunStateCallback *callbacks) noexcep
 
 int32_t CloseZORRTDll(void *module) noexcept
 {
-    if (state.closed.load()) return 1;
+    if (lifecycle().closed.load()) return 1;
     runStateTable().stop(module);
     return 1;
 }

@@ -1,7 +1,7 @@
 #include "engine/platform_version.h"
 
-#include "engine/engine_state.h"
 #include "platform/system.h"
+#include "services/lifecycle.h"
 
 namespace tollan::engine {
 
@@ -10,9 +10,9 @@ bool SetCurrentPlatform() noexcept
     uint32_t major = 0;
     uint32_t minor = 0;
     if (!platform::osVersion(&major, &minor)) return false;
-    state.osMajorVersion = major;
-    state.osMinorVersion = minor;
-    state.platformDetected = true;
+    services::lifecycle().osMajorVersion = major;
+    services::lifecycle().osMinorVersion = minor;
+    services::lifecycle().platformDetected = true;
     return true;
 }
 

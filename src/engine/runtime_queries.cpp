@@ -1,14 +1,14 @@
 // Small exported queries about the run-time situation.
 #include <tollan/engine.h>
 
-#include "engine/engine_state.h"
 #include "platform/system.h"
+#include "services/lifecycle.h"
 
-using tollan::engine::state;
+using tollan::services::lifecycle;
 
 void ZORRTDllAbnormalExit(int32_t exitCode) noexcept
 {
-    state.exitingAbnormally.store(true);
+    lifecycle().exitingAbnormally.store(true);
     tollan::platform::exitProcess(exitCode);
 }
 
@@ -19,12 +19,12 @@ int32_t __IsRTEStillLoaded(void) noexcept
 
 int32_t __SimulateRTShuttingDown(void) noexcept
 {
-    return state.simulateShuttingDown.load();
+    return lifecycle().simulateShuttingDown.load();
 }
 
 int32_t StartupLibraryInit(void) noexcept
 {
-    return state.startupLibraryRefused.load() ? 0 : 1;
+    return lifecycle().startupLibraryRefused.load() ? 0 : 1;
 }
 
 void StartupLibraryCleanup(void) noexcept {}

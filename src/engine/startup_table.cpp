@@ -18,7 +18,7 @@
 // the row order; they follow the phases and ranks of startup_table.h.
 #include "engine/startup_table.h"
 
-#include "engine/character_classes.h"
+#include "services/character_classes.h"
 #include "engine/detached_marker.h"
 #include "engine/frame_steps.h"
 #include "engine/init_chain.h"
@@ -59,7 +59,7 @@ constexpr StartupStep kSteps[] = {
      .trace = "QXInitMainThreadId returned"},
     {.name = "InitSupport",
      .stage = Stage::initApp,
-     .initOnce = InitSupport,
+     .initOnce = services::InitSupport,
      .trace = "InitSupport returned"},
     {.name = "InstallDefaultListAllocator",
      .stage = Stage::initApp,

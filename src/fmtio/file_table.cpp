@@ -5,6 +5,7 @@
 
 #include "fmtio/log_module.h"
 #include "logger/log.h"
+#include "services/resource_failure.h"
 
 namespace tollan::fmtio {
 namespace {
@@ -54,7 +55,7 @@ bool createFileTable() noexcept
 {
     if (tableLock == nullptr) tableLock = new (std::nothrow) platform::RecursiveLock;
     if (tableLock == nullptr)
-        TOLLAN_LOG(ZOR_LOG_WARNING, kLogModule, "FmtIOLibInitOnce", "no memory for the file table's lock");
+        TOLLAN_RESOURCE_FAILURE(kLogModule, "FmtIOLibInitOnce", "no memory for the file table's lock");
     return tableLock != nullptr;
 }
 
@@ -90,7 +91,7 @@ int32_t attachFile(platform::NativeFile osFile, uint32_t openFlags) noexcept
     int32_t position = 0;
     FileSlot *slot = takeSlot(&position);
     if (slot == nullptr) {
-        TOLLAN_LOG(ZOR_LOG_WARNING, kLogModule, "ZOR_OpenFile", "no memory for a file table entry");
+        TOLLAN_RESOURCE_FAILURE(kLogModule, "ZOR_OpenFile", "no memory for a file table entry");
         return -1;
     }
     {

@@ -5,7 +5,7 @@
 
 #include <tollan/logger.h>
 
-#include "engine/registry.h"
+#include "services/registry.h"
 #include "logger/log.h"
 #include "logger/state.h"
 
@@ -40,24 +40,24 @@ void configureFromSettings() noexcept
     // Values are read into temporaries: a reader that fails may still have
     // written into its buffer.
     uint32_t mask = 0;
-    levelMask.store(engine::RegGetLogLevel(&mask) == engine::kRegSuccess ? mask : kDefaultMask);
+    levelMask.store(services::RegGetLogLevel(&mask) == services::kRegSuccess ? mask : kDefaultMask);
 
     uint32_t stored = 0;
     uint32_t location =
-        engine::RegGetLogOutputLocation(&stored) == engine::kRegSuccess ? stored : kDefaultLocation;
+        services::RegGetLogOutputLocation(&stored) == services::kRegSuccess ? stored : kDefaultLocation;
     if (location == ZOR_LOG_LOCATION_FILE) {
-        char fileName[engine::kRegStringBufferSize];
+        char fileName[services::kRegStringBufferSize];
         uint32_t fileFormat = 0;
-        if (engine::RegGetLogFileName(fileName) == engine::kRegSuccess &&
-            engine::RegGetLogFileFormat(&fileFormat) == engine::kRegSuccess)
+        if (services::RegGetLogFileName(fileName) == services::kRegSuccess &&
+            services::RegGetLogFileFormat(&fileFormat) == services::kRegSuccess)
             SetZORLogReportingLocation(location, static_cast<int32_t>(fileFormat), fileName);
     } else {
         SetZORLogReportingLocation(location, 0, nullptr);
     }
 
     beginConfiguring();
-    char lineTemplate[engine::kRegStringBufferSize];
-    if (engine::RegGetLogFormat(lineTemplate) == engine::kRegSuccess) SetZORLogOutputFormat(lineTemplate);
+    char lineTemplate[services::kRegStringBufferSize];
+    if (services::RegGetLogFormat(lineTemplate) == services::kRegSuccess) SetZORLogOutputFormat(lineTemplate);
     endConfiguring();
 }
 

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "logger/log.h"
+#include "services/resource_failure.h"
 #include "support/list_allocator.h"
 #include "support/list_internal.h"
 
@@ -32,7 +33,7 @@ ListType LCreateWithOptions(uint32_t itemSize, uint32_t options, uint32_t initia
     void **handle =
         memFuncs->newHand(blockBytes(itemSize, initialCapacity), options, initialCapacity, memFuncs);
     if (handle == nullptr) {
-        TOLLAN_LOG(ZOR_LOG_WARNING, kSource, "LCreateWithOptions", "Failed to allocate list handle.");
+        TOLLAN_RESOURCE_FAILURE(kSource, "LCreateWithOptions", "Failed to allocate list handle.");
         return nullptr;
     }
     auto list = reinterpret_cast<ListType>(handle);

@@ -1,7 +1,7 @@
 // The utility library's start-up, shutdown and run-state hooks.
 #include "timing/library.h"
 
-#include "engine/run_state.h"
+#include "services/run_state.h"
 #include "timing/live_timers.h"
 #include "timing/locks.h"
 #include "timing/scratch.h"
@@ -15,7 +15,7 @@ namespace {
 // deadlock, so the timers are let go without waiting.
 void onRunStateChange(int32_t event) noexcept
 {
-    if (event != kRunStateStop) return;
+    if (event != services::kRunStateStop) return;
     for (const auto &[timer, engine] : takeLiveTimers()) engine->releaseTimer(timer);
 }
 
@@ -42,7 +42,7 @@ void UtilityLibraryThreadCleanup() noexcept
 
 bool RegisterUtilityLibraryRunStateChangeCallback() noexcept
 {
-    return RegisterRunStateChangeCallback(&onRunStateChange) != 0;
+    return services::RegisterRunStateChangeCallback(&onRunStateChange) != 0;
 }
 
 }  // namespace tollan::timing

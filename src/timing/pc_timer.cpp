@@ -1,7 +1,7 @@
 // SetupPCTimer chooses the process clock's time source at start-up;
 // RestorePCTimer gives back what it raised.
-#include "engine/lifecycle.h"
-#include "engine/registry.h"
+#include "services/lifecycle.h"
+#include "services/registry.h"
 #include "logger/log.h"
 #include "platform/clock.h"
 #include "platform/multimedia_timer.h"
@@ -20,8 +20,8 @@ constexpr const char *kSettingsRoot = "Software\\Vantrel\\ZOR\\17.0";
 bool defaultTimerWanted() noexcept
 {
     uint32_t value = 0;
-    return engine::RegGetDwordValue(engine::kRegRootCurrentUser, kSettingsRoot, "useDefaultTimer", &value) ==
-               engine::kRegSuccess &&
+    return services::RegGetDwordValue(services::kRegRootCurrentUser, kSettingsRoot, "useDefaultTimer",
+                                      &value) == services::kRegSuccess &&
            value != 0;
 }
 
@@ -58,7 +58,7 @@ void SetupPCTimer() noexcept
     restartTimer();
     if (defaultTimerWanted()) return;
     uint32_t wantedPeriodMs = 55;
-    if (engine::osVersionKnown()) {
+    if (services::osVersionKnown()) {
         int64_t countsPerSecond = 0;
         if (platform::performanceFrequency(&countsPerSecond) && countsPerSecond > 0) {
             usePerformanceCounter(countsPerSecond);

@@ -12,7 +12,7 @@
 
 #include "engine/detached_marker.h"
 #include "engine/engine_state.h"
-#include "engine/lifecycle.h"
+#include "services/lifecycle.h"
 #include "engine/window_messages.h"
 #include "fixtures/log_capture.h"
 #include "platform/shared_memory.h"
@@ -21,13 +21,14 @@
 namespace {
 
 using namespace tollan::engine;
+using namespace tollan::services;
 
 TEST(Attach, TheChainRanToTheEnd)
 {
-    EXPECT_TRUE(state.initialised.load());
+    EXPECT_TRUE(lifecycle().initialised.load());
     EXPECT_FALSE(isClosed());
     EXPECT_FALSE(isDetaching());
-    EXPECT_FALSE(state.startupFailure.load());
+    EXPECT_FALSE(lifecycle().startupFailure.load());
     EXPECT_TRUE(osVersionKnown());
     EXPECT_EQ(mainThreadId(), tollan::platform::currentThreadId());
     EXPECT_TRUE(state.asyncProtection);

@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "engine/character_classes.h"
 #include "engine/command_line.h"
 #include "engine/pascal_string.h"
 
@@ -83,20 +82,6 @@ TEST(PascalString, CopiesAndClampsTo255BytesNeverSplittingATwoByteCharacter)
     EXPECT_EQ(pascal(leadAt255), leadAt255.substr(0, 255));  // single-byte code page
     const std::string leadAt254 = std::string(253, 'a') + "\x81x" + "tail";
     EXPECT_EQ(pascal(leadAt254, leadByte), leadAt254.substr(0, 255));
-}
-
-TEST(CharacterClasses, MarksTheWesternLettersOnly)
-{
-    // The running library built the table at start-up.
-    std::string letters;
-    for (int c = 0; c < 256; ++c)
-        if (characterClass(static_cast<unsigned char>(c)) & kLetterClass) letters += static_cast<char>(c);
-    std::string expected = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz\x8A\x8C\x9A\x9C\x9F";
-    for (int c = 0xC0; c <= 0xFF; ++c)
-        if (c != 0xD7 && c != 0xF7) expected += static_cast<char>(c);
-    std::sort(expected.begin(), expected.end(),
-              [](char a, char b) { return static_cast<unsigned char>(a) < static_cast<unsigned char>(b); });
-    EXPECT_EQ(letters, expected);
 }
 
 }  // namespace

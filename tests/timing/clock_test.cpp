@@ -12,7 +12,7 @@
 #include <thread>
 #include <vector>
 
-#include "engine/engine_state.h"
+#include "services/lifecycle.h"
 #include "fixtures/log_capture.h"
 #include "fixtures/settings_writer.h"
 #include "platform/clock.h"
@@ -43,7 +43,7 @@ protected:
     void TearDown() override
     {
         storeUseDefaultTimer(0);
-        engine::state.platformDetected = true;
+        services::lifecycle().platformDetected = true;
         timing::SetupPCTimer();
         EXPECT_EQ(timing::timeSource(), TimeSource::performanceCounter);
         EXPECT_DOUBLE_EQ(timing::waitResolution(), 0.001);
@@ -151,7 +151,7 @@ TEST_F(TimeSourceChoice, UseDefaultTimerSelectsTheTickCount)
 TEST_F(TimeSourceChoice, WithoutTheSystemVersionTheMultimediaTimerIsRaised)
 {
     tollan::testing::LogCapture log(ZOR_LOG_INFO | ZOR_LOG_ERROR);
-    engine::state.platformDetected = false;
+    services::lifecycle().platformDetected = false;
     timing::SetupPCTimer();
     EXPECT_EQ(timing::timeSource(), TimeSource::multimediaTimer);
     EXPECT_EQ(timing::raisedPeriodMs(), 55u);

@@ -5,7 +5,7 @@
 
 #include <cstddef>
 
-namespace tollan::engine {
+namespace tollan::services {
 
 // A zero-filled block of `bytes` bytes for a per-thread record; null when
 // memory is short.
@@ -16,4 +16,4 @@ void freeThreadData(void *block) noexcept;
 // has its thread-local index).
 bool threadHasBlock() noexcept;
 
-}  // namespace tollan::engine
+}  // namespace tollan::services

@@ -15,7 +15,7 @@
 
 #include "platform/settings_store.h"
 
-namespace tollan::engine {
+namespace tollan::services {
 
 inline constexpr int32_t kRegSuccess = 0;
 inline constexpr int32_t kRegNoMemory = 2;
@@ -98,4 +98,4 @@ int32_t GetRemoteDebuggerLocation(char *address, uint16_t *port) noexcept;
 // The uncached reads behind it, below keyPath of the current user's hive.
 int32_t readRemoteDebuggerLocation(const char *keyPath, char *address, uint16_t *port) noexcept;
 
-}  // namespace tollan::engine
+}  // namespace tollan::services

@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+namespace tollan::services {
+
 inline constexpr int32_t kRunStateStart = 0;
 inline constexpr int32_t kRunStateStop = 4;
 inline constexpr int32_t kRunStateStarted = 5;
@@ -14,10 +16,4 @@ inline constexpr int32_t kRunStateAboutToStop = 6;
 // its 32 callbacks. A callback that is already registered is not added twice.
 int32_t RegisterRunStateChangeCallback(void (*callback)(int32_t event)) noexcept;
 
-namespace tollan::engine {
-using ::kRunStateAboutToStop;
-using ::kRunStateStart;
-using ::kRunStateStarted;
-using ::kRunStateStop;
-using ::RegisterRunStateChangeCallback;
-}  // namespace tollan::engine
+}  // namespace tollan::services

@@ -7,7 +7,7 @@
 
 #include "platform/tls.h"
 
-namespace tollan::engine {
+namespace tollan::services {
 
 class ThreadVarScheme {
 public:
@@ -49,4 +49,4 @@ private:
 // The library's scheme.
 ThreadVarScheme &threadVars() noexcept;
 
-}  // namespace tollan::engine
+}  // namespace tollan::services

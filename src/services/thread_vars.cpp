@@ -1,14 +1,14 @@
-#include "engine/thread_vars.h"
+#include "services/thread_vars.h"
 
 #include <cstdlib>
 
 #include <tollan/engine.h>
 
-#include "engine/lifecycle.h"
-#include "engine/thread_var_scheme.h"
+#include "services/lifecycle.h"
+#include "services/thread_var_scheme.h"
 #include "logger/log.h"
 
-namespace tollan::engine {
+namespace tollan::services {
 namespace {
 
 constexpr const char *kModule = "mgsource/thrdvar";
@@ -131,26 +131,4 @@ bool threadHasBlock() noexcept
     return libraryScheme.threadHasBlock();
 }
 
-}  // namespace tollan::engine
-
-using tollan::engine::threadVars;
-
-int32_t InitializeZORThreadVar(int32_t *slot) noexcept
-{
-    return threadVars().initialize(slot);
-}
-
-void *GetZORThreadVarValue(int32_t slot) noexcept
-{
-    return threadVars().get(slot);
-}
-
-void SetZORThreadVarValue(int32_t slot, void *value) noexcept
-{
-    threadVars().set(slot, value);
-}
-
-void UninitializeZORThreadVar(int32_t slot) noexcept
-{
-    threadVars().uninitialize(slot);
-}
+}  // namespace tollan::services

@@ -1,8 +1,8 @@
-#include "engine/module_table.h"
+#include "services/run_state_table.h"
 
-#include "engine/run_state.h"
+#include "services/run_state.h"
 
-namespace tollan::engine {
+namespace tollan::services {
 namespace {
 
 constinit RunStateTable libraryTable;
@@ -52,9 +52,9 @@ void RunStateTable::stop(void *module) noexcept
     }
 }
 
-}  // namespace tollan::engine
-
 int32_t RegisterRunStateChangeCallback(void (*callback)(int32_t event)) noexcept
 {
-    return tollan::engine::runStateTable().add(callback, nullptr) ? 1 : 0;
+    return runStateTable().add(callback, nullptr) ? 1 : 0;
 }
+
+}  // namespace tollan::services

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace tollan::engine {
+namespace tollan::services {
 
 // Bit 1 of an entry: a letter of the Western code page.
 inline constexpr uint8_t kLetterClass = 1u << 1;
@@ -13,4 +13,4 @@ bool InitSupport() noexcept;
 // The class bits of one byte.
 uint8_t characterClass(unsigned char c) noexcept;
 
-}  // namespace tollan::engine
+}  // namespace tollan::services

@@ -6,7 +6,7 @@
 
 #include <tollan/engine.h>
 
-namespace tollan::engine {
+namespace tollan::services {
 
 struct RunStateEntry {
     ZORRunStateCallback callback = nullptr;
@@ -40,4 +40,4 @@ private:
 // The library's table.
 RunStateTable &runStateTable() noexcept;
 
-}  // namespace tollan::engine
+}  // namespace tollan::services

@@ -1,18 +1,15 @@
-// Module registration: the table's limits and the order of run-state events.
+// The run-state table: its limits and the order of run-state events.
 #include <gtest/gtest.h>
 
 #include <utility>
 #include <vector>
 
-#include <tollan/engine.h>
-
-#include "engine/engine_state.h"
-#include "engine/module_table.h"
-#include "engine/run_state.h"
+#include "services/run_state.h"
+#include "services/run_state_table.h"
 
 namespace {
 
-using tollan::engine::RunStateTable;
+using namespace tollan::services;
 
 // (callback number, event) in the order the callbacks heard them.
 using Heard = std::vector<std::pair<int, int32_t>>;
@@ -98,41 +95,5 @@ TEST_F(ModuleTable, StopsLastFirstAndFillsHolesFromTheEnd)
     EXPECT_EQ(table.entry(2).callback, callback<4>);
     for (int32_t i = 0; i < table.count(); ++i) EXPECT_EQ(table.entry(i).started, 1);
 }
-
-// Through the exported functions, on the running library's table.
-TEST_F(ModuleTable, ExportedRegistrationStartsAndCloseAfterShutdownDoesNothing)
-{
-    static int module;
-    const ZORRunStateCallback callbacks[] = {callback<7>, callback<8>, nullptr};
-    ASSERT_EQ(InitZORRTDll(&module, callbacks), 1);
-    EXPECT_EQ(heard, (Heard{{7, 0}, {8, 0}, {7, 5}, {8, 5}}));
-
-    heard.clear();
-    tollan::engine::state.closed.store(true);
-    EXPECT_EQ(CloseZORRTDll(&module), 1);
-    tollan::engine::state.closed.store(false);
-    EXPECT_TRUE(heard.empty());
-
-    EXPECT_EQ(CloseZORRTDll(&module), 1);
-    EXPECT_EQ(heard, (Heard{{8, 6}, {7, 6}, {8, 4}, {7, 4}}));
-}
-
-#if defined(__x86_64__) || defined(__i386__)
-uint16_t x87ControlWord()
-{
-    uint16_t word = 0;
-    __asm__ __volatile__("fnstcw %0" : "=m"(word));
-    return word;
-}
-
-TEST(ModuleRegistration, MasksEveryX87Exception)
-{
-    uint16_t unmasked = static_cast<uint16_t>(x87ControlWord() & ~0x3F);
-    __asm__ __volatile__("fldcw %0" : : "m"(unmasked));
-    ASSERT_EQ(x87ControlWord() & 0x3F, 0);
-    ASSERT_EQ(InitZORRTDll(nullptr, nullptr), 1);
-    EXPECT_EQ(x87ControlWord() & 0x3F, 0x3F);
-}
-#endif
 
 }  // namespace

@@ -1,8 +1,8 @@
-#include "engine/character_classes.h"
+#include "services/character_classes.h"
 
 #include <array>
 
-namespace tollan::engine {
+namespace tollan::services {
 namespace {
 
 constinit std::array<uint8_t, 256> table{};
@@ -38,4 +38,4 @@ uint8_t characterClass(unsigned char c) noexcept
     return table[c];
 }
 
-}  // namespace tollan::engine
+}  // namespace tollan::services

@@ -8,14 +8,13 @@
 #include <tollan/engine.h>
 #include <tollan/logger.h>
 
-#include "engine/library_slot.h"
-#include "engine/thread_var_scheme.h"
-#include "engine/thread_vars.h"
+#include "services/thread_var_scheme.h"
+#include "services/thread_vars.h"
 #include "fixtures/log_capture.h"
 
 namespace {
 
-using tollan::engine::ThreadVarScheme;
+using tollan::services::ThreadVarScheme;
 using tollan::testing::LogCapture;
 
 std::string bogusAccessLine(const char *function)
@@ -131,30 +130,6 @@ TEST_F(OwnScheme, TheLastReleaseEndsTheSchemeAndNumberingStartsAgain)
     EXPECT_EQ(again, 1);
     EXPECT_TRUE(scheme.indexAllocated());
     EXPECT_EQ(scheme.get(slots[2]), nullptr);  // a new index: the old value is gone
-}
-
-TEST(LibraryThreadVars, TheLibraryHoldsTheFirstSlotAndItsFunctionsReachIt)
-{
-    EXPECT_EQ(tollan::engine::librarySlot(), 1);
-    EXPECT_GE(tollan::engine::threadVars().users(), 1);
-
-    int32_t slot = 0;
-    ASSERT_EQ(InitializeZORThreadVar(&slot), 1);
-    EXPECT_GT(slot, tollan::engine::librarySlot());
-    {
-        LogCapture log(ZOR_LOG_FATAL);
-        EXPECT_EQ(InitializeZORThreadVar(nullptr), 0);
-        EXPECT_EQ(log.count("Assertion failed: slot != NULL"), 1u);
-    }
-    if (slot <= ThreadVarScheme::kCells) {
-        void *record = tollan::engine::allocThreadData(16);
-        SetZORThreadVarValue(slot, record);
-        EXPECT_EQ(GetZORThreadVarValue(slot), record);
-        EXPECT_TRUE(tollan::engine::threadHasBlock());
-        SetZORThreadVarValue(slot, nullptr);
-        tollan::engine::freeThreadData(record);
-    }
-    UninitializeZORThreadVar(slot);
 }
 
 }  // namespace

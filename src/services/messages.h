@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <span>
 
-namespace tollan::support {
+namespace tollan::services {
 
 // Texts for the numbers first, first + 1, ... first + texts.size() - 1.
 struct MessageRange {
@@ -22,4 +22,4 @@ const char *libraryMessage(int32_t number) noexcept;
 // Every range of the table, for checks that they do not overlap.
 std::span<const MessageRange *const> messageRanges() noexcept;
 
-}  // namespace tollan::support
+}  // namespace tollan::services

@@ -1,13 +1,13 @@
-#include "engine/registry.h"
+#include "services/registry.h"
 
 #include <cstdlib>
 #include <cstring>
 #include <new>
 
 #include "logger/log.h"
-#include "support/messages.h"
+#include "services/messages.h"
 
-namespace tollan::engine {
+namespace tollan::services {
 
 namespace {
 
@@ -20,7 +20,7 @@ void warnFailure(const char *function, int32_t status) noexcept
     // The logger reads its own settings through here: logging those failures
     // would recurse into a logger that is not configured yet.
     if (logger::configuring()) return;
-    TOLLAN_LOG(ZOR_LOG_WARNING, kModule, function, "%s", support::libraryMessage(status));
+    TOLLAN_LOG(ZOR_LOG_WARNING, kModule, function, "%s", libraryMessage(status));
 }
 
 int32_t openKey(const char *function, uint32_t keyEnum, RegKeyRecord *record, const char *keyPath,
@@ -273,4 +273,4 @@ int32_t GetRemoteDebuggerLocation(char *address, uint16_t *port) noexcept
     return firstCall ? cached.status : kRegSuccess;
 }
 
-}  // namespace tollan::engine
+}  // namespace tollan::services

@@ -3,14 +3,13 @@
 
 #include <string>
 
-#include "engine/registry.h"
+#include "services/messages.h"
+#include "services/registry.h"
 #include "fixtures/log_capture.h"
 #include "fixtures/settings_writer.h"
 #include "logger/log.h"
-#include "support/messages.h"
 
-using namespace tollan::engine;
-using tollan::support::libraryMessage;
+using namespace tollan::services;
 using tollan::testing::LogCapture;
 using tollan::testing::storeDword;
 using tollan::testing::storeString;
@@ -136,18 +135,4 @@ TEST(RegistryRemoteDebugger, LaterCallsServeTheCacheWithStatusZero)
     EXPECT_EQ(GetRemoteDebuggerLocation(later, &laterPort), 0);
     EXPECT_STREQ(later, first);
     EXPECT_EQ(laterPort, firstPort);
-}
-
-TEST(LibraryMessages, KnownUnknownAndNonOverlappingRanges)
-{
-    EXPECT_STREQ(libraryMessage(0), "No error has occurred");
-    EXPECT_STREQ(libraryMessage(-5), "Unknown message number");
-    auto ranges = tollan::support::messageRanges();
-    for (size_t i = 0; i < ranges.size(); ++i) {
-        for (size_t j = i + 1; j < ranges.size(); ++j) {
-            int64_t endI = ranges[i]->first + static_cast<int64_t>(ranges[i]->texts.size());
-            int64_t endJ = ranges[j]->first + static_cast<int64_t>(ranges[j]->texts.size());
-            EXPECT_TRUE(endI <= ranges[j]->first || endJ <= ranges[i]->first) << i << " overlaps " << j;
-        }
-    }
 }

@@ -1,6 +1,6 @@
-#include "support/messages.h"
+#include "services/messages.h"
 
-namespace tollan::support {
+namespace tollan::services {
 
 namespace {
 
@@ -40,4 +40,4 @@ std::span<const MessageRange *const> messageRanges() noexcept
     return kRanges;
 }
 
-}  // namespace tollan::support
+}  // namespace tollan::services

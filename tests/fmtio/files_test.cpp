@@ -82,6 +82,23 @@ TEST_F(FmtioFileTest, FailedOpensReportTheCauseAndLeaveNoSlot)
     EXPECT_EQ(ZOR_CloseFile(handle), 0);
 }
 
+TEST_F(FmtioFileTest, ReadingAWriteOnlyFileOrWritingAReadOnlyOneIsAccessDenied)
+{
+    writeRaw("f", "line\n");
+    const int32_t writeOnly = open("f", 2, 2, 1);
+    char buffer[8];
+    EXPECT_TRUE(failedWith(ZOR_ReadFile(writeOnly, buffer, sizeof buffer), 6));
+    EXPECT_TRUE(failedWith(ReadLine(writeOnly, buffer, 7), 6));
+    EXPECT_EQ(ZOR_CloseFile(writeOnly), 0);
+
+    const int32_t readOnly = open("f", 1, 2, 0);
+    EXPECT_TRUE(failedWith(ZOR_WriteFile(readOnly, "x", 1), 6));
+    EXPECT_TRUE(failedWith(WriteLine(readOnly, "x", 1), 6));
+    EXPECT_EQ(ReadLine(readOnly, buffer, 7), 4);  // the file is intact and still readable
+    EXPECT_EQ(ZOR_CloseFile(readOnly), 0);
+    EXPECT_EQ(readRaw("f"), "line\n");
+}
+
 TEST_F(FmtioFileTest, BadOpenArgumentsChangeNothing)
 {
     const std::string target = path("never");

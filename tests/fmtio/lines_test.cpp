@@ -99,8 +99,10 @@ TEST_F(FmtioFileTest, LinesOfTwoThreadsNeverInterleave)
     threads.clear();
     for (int t = 0; t < 2; ++t) {
         threads.emplace_back([&, t] {
+            // Capped, so that a reader that never sees the end fails instead of hanging.
             char buffer[256];
-            while (ReadLine(reader, buffer, 255) >= 0) seen[t].push_back(buffer);
+            for (int read = 0; read <= 2 * kLines && ReadLine(reader, buffer, 255) >= 0; ++read)
+                seen[t].push_back(buffer);
         });
     }
     for (std::thread &thread : threads) thread.join();

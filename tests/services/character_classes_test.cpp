@@ -16,10 +16,10 @@ TEST(CharacterClasses, MarksTheWesternLettersOnly)
     // the five letters of 0x80-0x9F and 0xC0-0xFF without the
     // multiplication (0xD7) and division (0xF7) signs.
     std::vector<int> expected;
-    for (const auto &[first, last] : {std::pair{0x41, 0x5A}, std::pair{0x61, 0x7A}, std::pair{0x8A, 0x8A},
-                                      std::pair{0x8C, 0x8C}, std::pair{0x9A, 0x9A}, std::pair{0x9C, 0x9C},
-                                      std::pair{0x9F, 0x9F}, std::pair{0xC0, 0xD6}, std::pair{0xD8, 0xF6},
-                                      std::pair{0xF8, 0xFF}})
+    for (const auto &[first, last] :
+         {std::pair{0x41, 0x5A}, std::pair{0x61, 0x7A}, std::pair{0x8A, 0x8A}, std::pair{0x8C, 0x8C},
+          std::pair{0x9A, 0x9A}, std::pair{0x9C, 0x9C}, std::pair{0x9F, 0x9F}, std::pair{0xC0, 0xD6},
+          std::pair{0xD8, 0xF6}, std::pair{0xF8, 0xFF}})
         for (int c = first; c <= last; ++c) expected.push_back(c);
     ASSERT_EQ(expected.size(), 52u + 5u + 62u);
 

@@ -1,15 +1,18 @@
-// Files on POSIX: open(2) and friends, retried on EINTR.
+// Files on POSIX: open(2) and friends through the system-call table,
+// retried on EINTR.
 #include "platform/file.h"
 
 #include <cerrno>
 #include <climits>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "platform/posix/file_errors.h"
+#include "platform/posix/system_calls.h"
 
 namespace tollan::platform {
+using posix::sys;
+
 namespace {
 
 int descriptor(NativeFile file) noexcept
@@ -20,6 +23,19 @@ int descriptor(NativeFile file) noexcept
 int32_t lastError() noexcept
 {
     return ioErrorFromErrno(errno);
+}
+
+// The error of a read or write that failed. The system refuses a read of a
+// descriptor opened write-only, and a write of one opened read-only, with
+// EBADF, as it refuses a closed one; Windows calls the first two "access
+// denied". The descriptor's access mode, as it was opened, tells them apart.
+int32_t transferError(int fd, int neededAccess) noexcept
+{
+    if (errno != EBADF) return lastError();
+    const int flags = sys().fcntl(fd, F_GETFL, 0);
+    if (flags < 0) return ioerror::kBadHandle;
+    const int access = flags & O_ACCMODE;
+    return access == O_RDWR || access == neededAccess ? ioerror::kBadHandle : ioerror::kAccessDenied;
 }
 
 int openFlags(const FileOpenRequest &request) noexcept
@@ -44,15 +60,15 @@ int32_t openFile(const char *path, const FileOpenRequest &request, NativeFile *f
 {
     int fd;
     do {
-        fd = ::open(path, openFlags(request), 0666);
+        fd = sys().open(path, openFlags(request), 0666);
     } while (fd < 0 && errno == EINTR);
     if (fd < 0) return lastError();
 
     // A directory opens read-only here; CreateFileA refuses it.
     struct stat status {};
-    if (::fstat(fd, &status) != 0 || S_ISDIR(status.st_mode)) {
+    if (sys().fstat(fd, &status) != 0 || S_ISDIR(status.st_mode)) {
         const int32_t error = S_ISDIR(status.st_mode) ? ioerror::kAccessDenied : lastError();
-        ::close(fd);
+        sys().close(fd);
         return error;
     }
     *file = fd;
@@ -63,9 +79,9 @@ int32_t readFile(NativeFile file, void *buffer, uint32_t count, uint32_t *bytesR
 {
     ssize_t got;
     do {
-        got = ::read(descriptor(file), buffer, count);
+        got = sys().read(descriptor(file), buffer, count);
     } while (got < 0 && errno == EINTR);
-    if (got < 0) return lastError();
+    if (got < 0) return transferError(descriptor(file), O_RDONLY);
     *bytesRead = static_cast<uint32_t>(got);
     return ioerror::kNone;
 }
@@ -75,11 +91,13 @@ int32_t writeFile(NativeFile file, const void *buffer, uint32_t count) noexcept
     const char *next = static_cast<const char *>(buffer);
     uint32_t left = count;
     while (left > 0) {
-        const ssize_t put = ::write(descriptor(file), next, left);
+        const ssize_t put = sys().write(descriptor(file), next, left);
         if (put < 0) {
             if (errno == EINTR) continue;
-            return lastError();
+            return transferError(descriptor(file), O_WRONLY);
         }
+        // A write that takes nothing and reports no error would repeat forever.
+        if (put == 0) return ioerror::kGeneral;
         next += put;
         left -= static_cast<uint32_t>(put);
     }
@@ -92,7 +110,7 @@ int32_t seekFile(NativeFile file, int64_t offset, SeekOrigin origin, int64_t *po
     const int whence = origin == SeekOrigin::begin     ? SEEK_SET
                        : origin == SeekOrigin::current ? SEEK_CUR
                                                        : SEEK_END;
-    const off_t result = ::lseek(descriptor(file), static_cast<off_t>(offset), whence);
+    const off_t result = sys().lseek(descriptor(file), static_cast<off_t>(offset), whence);
     if (result < 0) return lastError();
     *position = result;
     return ioerror::kNone;
@@ -102,7 +120,7 @@ int32_t flushFile(NativeFile file) noexcept
 {
     int result;
     do {
-        result = ::fsync(descriptor(file));
+        result = sys().fsync(descriptor(file));
     } while (result != 0 && errno == EINTR);
     // EINVAL and EROFS: a special file that has no synchronisation.
     if (result != 0 && errno != EINVAL && errno != EROFS) return lastError();
@@ -112,20 +130,20 @@ int32_t flushFile(NativeFile file) noexcept
 int32_t closeFile(NativeFile file) noexcept
 {
     // Linux releases the descriptor even when close reports EINTR: never retry.
-    if (::close(descriptor(file)) != 0 && errno != EINTR) return lastError();
+    if (sys().close(descriptor(file)) != 0 && errno != EINTR) return lastError();
     return ioerror::kNone;
 }
 
 bool isDiskFile(NativeFile file) noexcept
 {
     struct stat status {};
-    return ::fstat(descriptor(file), &status) == 0 && S_ISREG(status.st_mode);
+    return sys().fstat(descriptor(file), &status) == 0 && S_ISREG(status.st_mode);
 }
 
 int32_t queryFileSize(const char *path, bool *exists, int64_t *size) noexcept
 {
     struct stat status {};
-    if (::stat(path, &status) != 0) {
+    if (sys().stat(path, &status) != 0) {
         if (errno != ENOENT && errno != ENOTDIR) return lastError();
         *exists = false;
         *size = 0;

@@ -29,16 +29,22 @@ TOLLAN_API double Timer(void) TOLLAN_NOEXCEPT;
 /*
  * Waits at least `seconds` seconds plus the clock's resolution (0.001 s, or
  * 0.055 s with the plain tick count). Zero, negative and NaN values return at
- * once. While more than 0.1 s remain the thread sleeps half of what remains;
- * the last tenth of a second is spent polling the clock, for precision.
+ * once. While more than 0.1 s remain the thread sleeps half of what remains,
+ * at most a day at a time; the last tenth of a second is spent polling the
+ * clock, for precision. Any length may be given: a very long wait, and an
+ * infinite one (INFINITY never returns), sleeps the whole time without
+ * using the processor.
  */
 TOLLAN_API void Delay(double seconds) TOLLAN_NOEXCEPT;
 
 /*
  * Waits until the Timer value reaches beginTime + interval (plus the clock's
  * resolution). beginTime is a value that Timer returned. An interval of zero
- * or less, or a time already past, returns at once. Calling SyncWait with the
- * previous deadline as beginTime gives a loop with a steady period.
+ * or less, or a time already past, returns at once, and so does a NaN in
+ * either argument. The wait sleeps as Delay's does, so a deadline far away
+ * (or infinitely far: it never returns) costs no processor time. Calling
+ * SyncWait with the previous deadline as beginTime gives a loop with a
+ * steady period.
  */
 TOLLAN_API void SyncWait(double beginTime, double interval) TOLLAN_NOEXCEPT;
 

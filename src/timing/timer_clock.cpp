@@ -47,14 +47,19 @@ void restartTimer() noexcept
     state.started = 0;
 }
 
+uint32_t sleepSliceMs(double remaining) noexcept
+{
+    if (!(remaining > 0.1)) return 0;
+    const double halfMs = remaining * 0.5 * 1000.0;
+    // Compared before the conversion: a double beyond uint32_t's range (or
+    // infinite) has no defined conversion.
+    return halfMs < kLongestSleepMs ? static_cast<uint32_t>(halfMs) : kLongestSleepMs;
+}
+
 void waitUntil(double deadline, double now) noexcept
 {
     while (deadline > now) {
-        const double remaining = deadline - now;
-        if (remaining > 0.1) {
-            const auto ms = static_cast<uint32_t>(remaining * 0.5 * 1000.0);
-            if (ms >= 1) platform::sleepMs(ms);
-        }
+        if (const uint32_t ms = sleepSliceMs(deadline - now); ms >= 1) platform::sleepMs(ms);
         now = readTimer();
     }
 }

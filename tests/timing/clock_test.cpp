@@ -19,6 +19,7 @@
 #include "timing/library.h"
 #include "timing/milliseconds.h"
 #include "timing/time_source.h"
+#include "timing/timer_clock.h"
 
 using namespace tollan;
 using timing::TimeSource;
@@ -90,7 +91,23 @@ TEST(Delay, NothingToWaitForReturnsAtOnce)
     SyncWait(Timer(), 0);
     SyncWait(Timer(), -5);
     SyncWait(Timer() - 10.0, 1.0);  // deadline long past
+    SyncWait(-INFINITY, 1.0);
+    SyncWait(std::nan(""), 1.0);
+    SyncWait(Timer(), std::nan(""));
     EXPECT_LT(secondsSince(start), 0.02);
+}
+
+TEST(Delay, LongWaitsSleepInSlicesThatFitTheirType)
+{
+    using tollan::timing::kLongestSleepMs;
+    using tollan::timing::sleepSliceMs;
+    EXPECT_EQ(sleepSliceMs(0.05), 0u);  // the last tenth of a second is polled
+    EXPECT_EQ(sleepSliceMs(std::nan("")), 0u);
+    EXPECT_EQ(sleepSliceMs(0.3), 150u);
+    EXPECT_EQ(sleepSliceMs(86400.0), 43200000u);
+    // Past about 100 days half the wait no longer fits 32 bits of milliseconds.
+    for (double seconds : {2 * 86400.0, 1e7, 1e300, static_cast<double>(INFINITY)})
+        EXPECT_EQ(sleepSliceMs(seconds), kLongestSleepMs) << seconds;
 }
 
 TEST(Delay, NeverReturnsEarly)

@@ -1,5 +1,6 @@
 // The list's hot paths against the C library and the standard library:
-// sorting a million items of 4 and 16 bytes, binary search, appending.
+// sorting a million items of 4 and 16 bytes, binary search, appending up to
+// 40 million items.
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -128,6 +129,22 @@ void BM_LInsertItemAtEnd(benchmark::State &state)
     state.SetItemsProcessed(state.iterations() * count);
 }
 
+// The same with the standard library's growable array.
+void BM_vector_push_back(benchmark::State &state)
+{
+    const int32_t count = static_cast<int32_t>(state.range(0));
+    for (auto _ : state) {
+        std::vector<int32_t> items;
+        for (int32_t value = 0; value < count; ++value) items.push_back(value);
+        benchmark::DoNotOptimize(items.data());
+    }
+    state.SetItemsProcessed(state.iterations() * count);
+}
+
+// 40 million items: far past the capacity (about 19.5 million) whose growth
+// once wrapped in 32 bits.
+constexpr int64_t kHugeAppend = 40000000;
+
 }  // namespace
 
 BENCHMARK(BM_LQuickSort<4>)->Unit(benchmark::kMillisecond);
@@ -137,6 +154,7 @@ BENCHMARK(BM_LQuickSort<16>)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_qsort<16>)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_std_sort<16>)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_LBinSearch);
-BENCHMARK(BM_LInsertItemAtEnd)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_LInsertItemAtEnd)->Arg(100000)->Arg(kHugeAppend)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_vector_push_back)->Arg(100000)->Arg(kHugeAppend)->Unit(benchmark::kMillisecond);
 
 BENCHMARK_MAIN();

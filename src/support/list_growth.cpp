@@ -1,7 +1,7 @@
 // Growing a list's block: the allocation policy, ExpandListSpace and the
 // operations that reserve or add slots.
 #include <algorithm>
-#include <limits>
+#include <cstdint>
 
 #include "support/list_internal.h"
 
@@ -9,17 +9,22 @@ namespace tollan::support::list {
 
 int32_t resizeBlock(ListType list, uint64_t slots) noexcept
 {
-    if (slots > static_cast<uint64_t>(std::numeric_limits<int32_t>::max())) return kListErrMemoryFull;
+    if (slots > kLargestCapacity) return kListErrMemoryFull;
     return Call_ListSetHSzFunc(list, blockBytes(blockOf(list)->itemSize, slots));
 }
 
 int32_t policyGrowth(const ListBlock *block) noexcept
 {
-    const int32_t percent = static_cast<int16_t>(block->allocPolicy >> 16);
-    const int32_t minimum = static_cast<int32_t>(block->allocPolicy & 0xFFFFu);
-    // The product wraps as 32-bit signed arithmetic does; division truncates.
-    const auto product = static_cast<int32_t>(static_cast<uint32_t>(percent) * block->capacity);
-    return product / 100 + minimum;
+    const int64_t percent = static_cast<int16_t>(block->allocPolicy >> 16);
+    const int64_t minimum = block->allocPolicy & 0xFFFFu;
+    // In 64 bits the product cannot wrap, however large the list; the
+    // division truncates towards zero.
+    const int64_t growth = percent * block->capacity / 100 + minimum;
+    // Growth never takes the capacity past the largest one a list can have.
+    // A list already that large asks for one more slot, which the resize
+    // then refuses.
+    const int64_t room = std::max<int64_t>(kLargestCapacity - int64_t{block->capacity}, 1);
+    return static_cast<int32_t>(std::clamp<int64_t>(growth, INT32_MIN, room));
 }
 
 int32_t ExpandListSpace(ListType list, int32_t add) noexcept

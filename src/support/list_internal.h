@@ -101,13 +101,16 @@ int32_t Call_ListSetHSzFunc(ListType list, size_t byteSize) noexcept;
 void Call_ListHLockFunc(ListType list) noexcept;
 void Call_ListHUnlockFunc(ListType list) noexcept;
 
+// The most item slots a list can have: positions and counts are 32-bit signed.
+inline constexpr uint32_t kLargestCapacity = INT32_MAX;
+
 // Resizes the block to hold `slots` items. The capacity field is left alone:
 // callers set it when the result is 0.
 int32_t resizeBlock(ListType list, uint64_t slots) noexcept;
 
 // The growth the allocation policy asks for at the current capacity:
-// percent (signed high half) x capacity / 100 + minimum (low half), in
-// wrapping signed 32-bit arithmetic with truncating division.
+// percent (signed high half) x capacity / 100 + minimum (low half), with
+// truncating division, never taking the capacity past kLargestCapacity.
 int32_t policyGrowth(const ListBlock *block) noexcept;
 
 // Grows the capacity by `add` items (0: by the policy). Returns 0 or the

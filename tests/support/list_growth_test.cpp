@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "list_fixtures.h"
+#include "support/list_internal.h"
 
 using listtest::ProbeAllocator;
 namespace {
@@ -48,6 +49,24 @@ TEST(ListGrowth, PolicyArithmeticIsSignedAndTruncates)
     EXPECT_EQ(capacityAfterOneInsert(list), 11u);
     EXPECT_TRUE(log.contains("Assertion failed: Expected list to expand with more items."));
     LDiscard(list);
+}
+
+TEST(ListGrowth, HugeListsGrowByTheirPolicyUpToTheLargestCapacity)
+{
+    using tollan::support::list::kLargestCapacity;
+    using tollan::support::list::policyGrowth;
+    ListBlock block{};
+    block.allocPolicy = 0x006E0004u;
+    // 110 % of these no longer fits 32 bits.
+    block.capacity = 20000000;
+    EXPECT_EQ(policyGrowth(&block), 22000004);
+    block.capacity = 1500000000;
+    EXPECT_EQ(policyGrowth(&block), static_cast<int32_t>(kLargestCapacity - 1500000000));
+    block.capacity = kLargestCapacity;
+    EXPECT_EQ(policyGrowth(&block), 1);  // more than a list can hold: the resize refuses it
+    block.allocPolicy = 0xFF9C0000u;     // -100 %
+    block.capacity = 30000000;
+    EXPECT_EQ(policyGrowth(&block), -30000000);
 }
 
 TEST(ListGrowth, ExactGrowthWhereTheCallerSaysHowMuch)

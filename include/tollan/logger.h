@@ -73,7 +73,11 @@ TOLLAN_API int32_t SetZORLogReportingLocation(uint32_t location, int32_t fileFor
                                               const char *fileName) TOLLAN_NOEXCEPT;
 /* Replaces the line template; NULL is ignored. */
 TOLLAN_API void SetZORLogOutputFormat(const char *lineTemplate) TOLLAN_NOEXCEPT;
-/* The current template; the text stays valid until the template next changes. */
+/*
+ * The current template. The text stays valid until the library is unloaded,
+ * whatever other threads do to the template meanwhile; reading the same
+ * template again gives the same pointer.
+ */
 TOLLAN_API const char *GetZORLogOutputFormat(void) TOLLAN_NOEXCEPT;
 
 /*

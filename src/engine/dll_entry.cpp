@@ -44,7 +44,9 @@ int32_t processDetach() noexcept
         TOLLAN_LOG(kDllMain.level, kDllMain.module, kDllMain.function, "CloseRTDll returned");
     }
     runCleanups(startupSteps(), CleanupPhase::afterClose);
-    return returning(1);
+    const int32_t result = returning(1);
+    logger::releaseHandedOutTemplates();
+    return result;
 }
 
 int32_t threadDetach() noexcept

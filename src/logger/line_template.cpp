@@ -1,7 +1,7 @@
 #include "logger/line_template.h"
 
 #include <cstring>
-#include <new>
+#include <cstdlib>
 
 #include "logger/levels.h"
 #include "platform/thread.h"
@@ -16,15 +16,22 @@ constexpr const char *kFieldNames[] = {"[TIME]",  "[FILE]",   "[LINE]", "[FUNC]"
 
 }  // namespace
 
+LineTemplate::~LineTemplate()
+{
+    if (!pinned_) std::free(owned_);
+}
+
 bool LineTemplate::assign(const char *text) noexcept
 {
     if (!text) return false;
-    try {
-        owned_ = text;
-    } catch (const std::bad_alloc &) {
-        return false;
-    }
-    text_ = owned_.c_str();
+    const size_t length = std::strlen(text);
+    auto *copy = static_cast<char *>(std::malloc(length + 1));
+    if (copy == nullptr) return false;
+    std::memcpy(copy, text, length + 1);
+    if (!pinned_) std::free(owned_);
+    owned_ = copy;
+    pinned_ = false;
+    text_ = owned_;
     locateFields();
     return true;
 }

@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 
 #include "logger/line_buffer.h"
 #include "logger/time_stamp.h"
@@ -26,6 +25,7 @@ public:
     static constexpr const char *kDefault = "[[TIME]] [[LEVEL]] [[FUNC]] [[FILE]:[LINE]] [MSG]";
 
     LineTemplate() noexcept { locateFields(); }
+    ~LineTemplate();
     // text_ may point into owned_: a copy would point into the original.
     LineTemplate(const LineTemplate &) = delete;
     LineTemplate &operator=(const LineTemplate &) = delete;
@@ -34,6 +34,9 @@ public:
     // when there is no memory for it.
     bool assign(const char *text) noexcept;
     const char *text() const noexcept { return text_; }
+    // Keeps the current text alive for good: it was handed out and cannot be
+    // freed when the template changes.
+    void pin() noexcept { pinned_ = true; }
 
     // Appends the line for `fields` to out, "[TIME]" from `time`. Only the
     // fields present cost anything: the clock and the thread id are asked
@@ -54,7 +57,8 @@ private:
     void locateFields() noexcept;
     static void appendField(Field field, const LineFields &fields, TimeStamp &time, LineBuffer &out) noexcept;
 
-    std::string owned_;  // the text once it differs from the default
+    char *owned_ = nullptr;  // the text once it differs from the default
+    bool pinned_ = false;
     const char *text_ = kDefault;
     // Each field is expanded at its first occurrence only, so there are at
     // most one piece per field plus the closing literal.

@@ -2,6 +2,7 @@
 // level mask (log.h) lives apart, as an atomic read without the lock.
 #pragma once
 
+#include "logger/kept_texts.h"
 #include "logger/line_template.h"
 #include "logger/output.h"
 #include "logger/time_stamp.h"
@@ -15,6 +16,7 @@ struct LoggerState {
 
     platform::RecursiveLock lock;
     LineTemplate lineTemplate;
+    KeptTexts handedOutTemplates;
     TimeStamp timeStamp;
     Output output;
     TimingHandles timing;

@@ -1,8 +1,10 @@
 // Building lines from the template.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <regex>
 #include <string>
+#include <thread>
 
 #include <tollan/logger.h>
 
@@ -51,4 +53,29 @@ TEST(LoggerTemplate, WriterDoesNotFilterByMaskButTheMacroDoes)
     EXPECT_FALSE(evaluated);
     TOLLAN_LOG(ZOR_LOG_FATAL, "f", "g", "through the macro");
     EXPECT_EQ(capture.text(), "direct\nthrough the macro\n");
+}
+
+TEST(LoggerTemplate, AHandedOutTemplateOutlivesEveryChange)
+{
+    LogCapture capture(ZOR_LOG_FATAL, "[MSG]");
+    const std::string templates[] = {"[MSG] one", "[LEVEL] [MSG] two", "three [MSG]"};
+    std::atomic<bool> done{false};
+    std::thread setter([&] {
+        for (int i = 0; i < 20000; ++i) SetZORLogOutputFormat(templates[i % 3].c_str());
+        done = true;
+    });
+    int bad = 0;
+    while (!done) {
+        const std::string seen = GetZORLogOutputFormat();  // read after any number of changes
+        if (seen != templates[0] && seen != templates[1] && seen != templates[2] && seen != "[MSG]") ++bad;
+    }
+    setter.join();
+    EXPECT_EQ(bad, 0);
+    // Equal texts are handed out as one copy, so switching templates does not grow memory.
+    SetZORLogOutputFormat(templates[0].c_str());
+    const char *first = GetZORLogOutputFormat();
+    SetZORLogOutputFormat(templates[1].c_str());
+    SetZORLogOutputFormat(templates[0].c_str());
+    EXPECT_EQ(GetZORLogOutputFormat(), first);
+    EXPECT_STREQ(first, templates[0].c_str());
 }

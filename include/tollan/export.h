@@ -15,8 +15,15 @@
 #define TOLLAN_API __attribute__((visibility("default")))
 #endif
 
-/* Marks printf-like functions so that -Wformat checks every call. */
-#if defined(__GNUC__)
+/*
+ * Marks printf-like functions so that -Wformat checks every call. The
+ * library formats with the C99 rules (%zu, %lld, %hhd) on every platform,
+ * which mingw-w64 calls gnu_printf.
+ */
+#if defined(__MINGW32__)
+#define TOLLAN_PRINTF(fmt, args) __attribute__((format(gnu_printf, fmt, args)))
+#define TOLLAN_NORETURN __attribute__((noreturn))
+#elif defined(__GNUC__)
 #define TOLLAN_PRINTF(fmt, args) __attribute__((format(printf, fmt, args)))
 #define TOLLAN_NORETURN __attribute__((noreturn))
 #else

@@ -5,6 +5,8 @@
 #include <cstring>
 #include <new>
 
+#include "services/text_format.h"
+
 namespace tollan::logger {
 
 bool LineBuffer::reserve(size_t length) noexcept
@@ -65,10 +67,10 @@ void LineBuffer::appendFormatted(const char *format, va_list args) noexcept
     va_list again;
     va_copy(again, args);
     size_t room = capacity_ - size_ + 1;
-    int length = std::vsnprintf(data_ + size_, room, format, args);
+    int length = services::formatText(data_ + size_, room, format, args);
     if (length >= 0 && static_cast<size_t>(length) >= room) {
         if (reserve(size_ + static_cast<size_t>(length)))
-            std::vsnprintf(data_ + size_, static_cast<size_t>(length) + 1, format, again);
+            services::formatText(data_ + size_, static_cast<size_t>(length) + 1, format, again);
         else
             length = static_cast<int>(room - 1);
     }

@@ -40,7 +40,8 @@ public:
     void appendDecimal(int64_t value) noexcept;
     // Appends value as exactly `digits` decimal digits with leading zeros.
     void appendZeroPadded(uint32_t value, int digits) noexcept;
-    // printf's rules; a null format appends nothing.
+    // printf's rules, with %p printed as on Windows (services/text_format.h);
+    // a null format appends nothing.
     void appendFormatted(const char *format, va_list args) noexcept TOLLAN_PRINTF(2, 0);
     // Replaces the first occurrence of pattern; false when there is none.
     bool replaceFirst(const char *pattern, const char *replacement) noexcept;

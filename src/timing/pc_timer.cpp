@@ -1,7 +1,7 @@
 // SetupPCTimer chooses the process clock's time source at start-up;
 // RestorePCTimer gives back what it raised.
 #include "services/lifecycle.h"
-#include "services/registry.h"
+#include "services/configuration.h"
 #include "logger/log.h"
 #include "platform/clock.h"
 #include "platform/multimedia_timer.h"
@@ -15,15 +15,6 @@ namespace {
 
 constexpr const char *kModule = "Mgsource/Device";
 constexpr const char *kFunction = "SetupPCTimer";
-constexpr const char *kSettingsRoot = "Software\\Vantrel\\ZOR\\17.0";
-
-bool defaultTimerWanted() noexcept
-{
-    uint32_t value = 0;
-    return services::RegGetDwordValue(services::kRegRootCurrentUser, kSettingsRoot, "useDefaultTimer",
-                                      &value) == services::kRegSuccess &&
-           value != 0;
-}
 
 // Raises the multimedia timer's period to `periodMs` when the device allows
 // it; the tick count stays in use otherwise.
@@ -56,7 +47,7 @@ void SetupPCTimer() noexcept
     RestorePCTimer();  // a second choice gives back what the first one raised
     useTickCount();
     restartTimer();
-    if (defaultTimerWanted()) return;
+    if (services::configurationSwitch("useDefaultTimer")) return;
     uint32_t wantedPeriodMs = 55;
     if (services::osVersionKnown()) {
         int64_t countsPerSecond = 0;

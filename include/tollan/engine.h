@@ -33,12 +33,15 @@ typedef void (*ZORRunStateCallback)(int32_t event);
 /*
  * Registers a module's run-state callbacks and starts them.
  * First masks every x87 floating-point exception (where the processor has
- * an x87 unit). Then each callback of the list is added unless the table is
- * full (the callback is then dropped silently) or the same callback is
- * already registered for this module. Finally every callback of `module`
- * (of every module when `module` is NULL), in registration order, gets
+ * an x87 unit), also when the library did not start. Then each callback of the list is added unless the table
+ * is full (the callback is then dropped silently) or the same callback is already registered for this module.
+ * Finally every callback of `module` (of every module when `module` is NULL), in registration order, gets
  * ZOR_RUN_STATE_START, then each gets ZOR_RUN_STATE_STARTED. A callback may
- * itself register further callbacks; they are started in the same pass.
+ * itself register further callbacks; they are started in the same pass. A
+ * callback must not start its own module again (InitZORRTDll for its module,
+ * or for NULL): that would call it again without end, so the nested start is
+ * reported as a FATAL assertion line and abandoned; its callbacks are still
+ * registered, and the pass in progress starts them.
  *   module:    the registering module's handle; NULL stands for all modules.
  *   callbacks: a NULL-terminated array of callbacks; NULL for none.
  * Returns 1; 0 when the library is not initialised (its start-up failed).

@@ -11,8 +11,10 @@ using tollan::services::runStateTable;
 
 int32_t InitZORRTDll(void *module, const ZORRunStateCallback *callbacks) noexcept
 {
-    if (!lifecycle().initialised.load()) return 0;
+    // Compiled modules rely on masked exceptions whether or not the library
+    // could start.
     tollan::engine::maskX87Exceptions();
+    if (!lifecycle().initialised.load()) return 0;
     for (const ZORRunStateCallback *next = callbacks; next != nullptr && *next != nullptr; ++next)
         runStateTable().add(*next, module);  // a full table drops the callback silently
     runStateTable().start(module);

@@ -23,8 +23,11 @@ public:
     bool add(ZORRunStateCallback callback, void *module) noexcept;
     // Sends the start event, then the started event, to the callbacks of
     // `module` (of every module when it is null), in table order. Callbacks
-    // that register more callbacks extend the same walk.
-    void start(void *module) noexcept;
+    // that register more callbacks extend the same walk. A walk started from
+    // inside a callback that would call that same callback again (a module
+    // registering itself from its own callback) would never end: it is
+    // reported through ZORAssert and abandoned; false then.
+    bool start(void *module) noexcept;
     // Sends about-to-stop, then stop, to the callbacks of `module`, last
     // first, then removes them; each hole takes the then last entry.
     void stop(void *module) noexcept;
@@ -33,8 +36,16 @@ public:
     const RunStateEntry &entry(int32_t index) const noexcept { return entries_[index]; }
 
 private:
+    // Calls entry `index` with `event` unless that callback is already running
+    // further up the stack; false when it is.
+    bool call(int32_t index, int32_t event) noexcept;
+
     RunStateEntry entries_[kCapacity] = {};
     int32_t count_ = 0;
+    // The callbacks running at the moment, outermost first. Every callback on
+    // the stack is distinct, so there are never more than kCapacity.
+    RunStateEntry running_[kCapacity] = {};
+    int32_t runningCount_ = 0;
 };
 
 // The library's table.

@@ -196,14 +196,30 @@ bool formatConversion(Sink &sink, const Conversion &c, va_list &args) noexcept
     if (c.type == 'n') {
         const size_t written = sink.written();
         switch (c.length) {
-            case Length::hh: *va_arg(args, signed char *) = static_cast<signed char>(written); break;
-            case Length::h: *va_arg(args, short *) = static_cast<short>(written); break;
-            case Length::l: *va_arg(args, long *) = static_cast<long>(written); break;
-            case Length::ll: *va_arg(args, long long *) = static_cast<long long>(written); break;
-            case Length::j: *va_arg(args, intmax_t *) = static_cast<intmax_t>(written); break;
-            case Length::z: *va_arg(args, size_t *) = written; break;
-            case Length::t: *va_arg(args, ptrdiff_t *) = static_cast<ptrdiff_t>(written); break;
-            default: *va_arg(args, int *) = static_cast<int>(written); break;
+            case Length::hh:
+                *va_arg(args, signed char *) = static_cast<signed char>(written);
+                break;
+            case Length::h:
+                *va_arg(args, short *) = static_cast<short>(written);
+                break;
+            case Length::l:
+                *va_arg(args, long *) = static_cast<long>(written);
+                break;
+            case Length::ll:
+                *va_arg(args, long long *) = static_cast<long long>(written);
+                break;
+            case Length::j:
+                *va_arg(args, intmax_t *) = static_cast<intmax_t>(written);
+                break;
+            case Length::z:
+                *va_arg(args, size_t *) = written;
+                break;
+            case Length::t:
+                *va_arg(args, ptrdiff_t *) = static_cast<ptrdiff_t>(written);
+                break;
+            default:
+                *va_arg(args, int *) = static_cast<int>(written);
+                break;
         }
         return true;
     }
@@ -222,17 +238,24 @@ bool formatConversion(Sink &sink, const Conversion &c, va_list &args) noexcept
         case 'x':
         case 'X':
             switch (c.length) {
-                case Length::l: return formatInteger<long, unsigned long>(sink, c, spec, stars, starValues, args);
+                case Length::l:
+                    return formatInteger<long, unsigned long>(sink, c, spec, stars, starValues, args);
                 case Length::ll:
-                    return formatInteger<long long, unsigned long long>(sink, c, spec, stars, starValues, args);
-                case Length::j: return formatInteger<intmax_t, uintmax_t>(sink, c, spec, stars, starValues, args);
-                case Length::z: return formatInteger<ptrdiff_t, size_t>(sink, c, spec, stars, starValues, args);
-                case Length::t: return formatInteger<ptrdiff_t, size_t>(sink, c, spec, stars, starValues, args);
+                    return formatInteger<long long, unsigned long long>(sink, c, spec, stars, starValues,
+                                                                        args);
+                case Length::j:
+                    return formatInteger<intmax_t, uintmax_t>(sink, c, spec, stars, starValues, args);
+                case Length::z:
+                    return formatInteger<ptrdiff_t, size_t>(sink, c, spec, stars, starValues, args);
+                case Length::t:
+                    return formatInteger<ptrdiff_t, size_t>(sink, c, spec, stars, starValues, args);
                 // hh and h arrive promoted to int; the specification narrows them.
-                default: return formatInteger<int, unsigned>(sink, c, spec, stars, starValues, args);
+                default:
+                    return formatInteger<int, unsigned>(sink, c, spec, stars, starValues, args);
             }
         case 'c':
-            if (c.length == Length::l) return formatOne(sink, spec, stars, starValues, va_arg(args, PromotedWint));
+            if (c.length == Length::l)
+                return formatOne(sink, spec, stars, starValues, va_arg(args, PromotedWint));
             return formatOne(sink, spec, stars, starValues, va_arg(args, int));
         case 's':
             if (c.length == Length::l)
@@ -246,7 +269,8 @@ bool formatConversion(Sink &sink, const Conversion &c, va_list &args) noexcept
         case 'G':
         case 'a':
         case 'A':
-            if (c.length == Length::L) return formatOne(sink, spec, stars, starValues, va_arg(args, long double));
+            if (c.length == Length::L)
+                return formatOne(sink, spec, stars, starValues, va_arg(args, long double));
             return formatOne(sink, spec, stars, starValues, va_arg(args, double));
         default:
             return false;  // a conversion printf does not have

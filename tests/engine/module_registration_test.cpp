@@ -57,6 +57,13 @@ TEST_F(ModuleRegistration, MasksEveryX87Exception)
     ASSERT_EQ(x87ControlWord() & 0x3F, 0);
     ASSERT_EQ(InitZORRTDll(nullptr, nullptr), 1);
     EXPECT_EQ(x87ControlWord() & 0x3F, 0x3F);
+
+    // Also when the library did not start.
+    __asm__ __volatile__("fldcw %0" : : "m"(unmasked));
+    tollan::services::lifecycle().initialised.store(false);
+    EXPECT_EQ(InitZORRTDll(nullptr, nullptr), 0);
+    tollan::services::lifecycle().initialised.store(true);
+    EXPECT_EQ(x87ControlWord() & 0x3F, 0x3F);
 }
 #endif
 

@@ -4,12 +4,16 @@
 #include <utility>
 #include <vector>
 
+#include <tollan/logger.h>
+
+#include "fixtures/log_capture.h"
 #include "services/run_state.h"
 #include "services/run_state_table.h"
 
 namespace {
 
 using namespace tollan::services;
+using tollan::testing::LogCapture;
 
 // (callback number, event) in the order the callbacks heard them.
 using Heard = std::vector<std::pair<int, int32_t>>;
@@ -94,6 +98,67 @@ TEST_F(ModuleTable, StopsLastFirstAndFillsHolesFromTheEnd)
     EXPECT_EQ(table.entry(1).callback, callback<2>);
     EXPECT_EQ(table.entry(2).callback, callback<4>);
     for (int32_t i = 0; i < table.count(); ++i) EXPECT_EQ(table.entry(i).started, 1);
+}
+
+RunStateTable *restarting = nullptr;
+int restarts = 0;
+
+// Starts its own module again, as a module that registers itself from its
+// own callback does.
+void startsItsOwnModule(int32_t event)
+{
+    heard.emplace_back(10, event);
+    if (event == kRunStateStart && ++restarts < 100) restarting->start(&moduleA);
+}
+
+// Starts the other module, whose callback starts this one again.
+void startsModuleB(int32_t event)
+{
+    heard.emplace_back(11, event);
+    if (event == kRunStateStart && ++restarts < 100) restarting->start(&moduleB);
+}
+
+void startsModuleA(int32_t event)
+{
+    heard.emplace_back(12, event);
+    if (event == kRunStateStart && ++restarts < 100) restarting->start(&moduleA);
+}
+
+TEST_F(ModuleTable, AModuleStartedAgainFromItsOwnCallbackIsStoppedWithAnAssertion)
+{
+    LogCapture log(ZOR_LOG_FATAL);
+    restarting = &table;
+    restarts = 0;
+    table.add(startsItsOwnModule, &moduleA);
+    EXPECT_TRUE(table.start(&moduleA));
+    EXPECT_EQ(restarts, 1);
+    EXPECT_EQ(heard, (Heard{{10, 0}, {10, 5}}));
+    EXPECT_EQ(log.count("Assertion failed: a run-state callback does not start its own module again"), 1u);
+
+    // The same through another module: A starts B, whose callback starts A.
+    RunStateTable other;
+    restarting = &other;
+    restarts = 0;
+    heard.clear();
+    other.add(startsModuleB, &moduleA);
+    other.add(startsModuleA, &moduleB);
+    EXPECT_TRUE(other.start(&moduleA));
+    EXPECT_EQ(restarts, 2);
+    EXPECT_EQ(heard, (Heard{{11, 0}, {12, 0}, {12, 5}, {11, 5}}));
+    EXPECT_EQ(log.count("Assertion failed:"), 2u);
+}
+
+TEST_F(ModuleTable, StartingAnotherModuleFromACallbackIsNoRecursion)
+{
+    LogCapture log(ZOR_LOG_FATAL);
+    restarting = &table;
+    restarts = 0;
+    table.add(startsModuleB, &moduleA);
+    table.add(callback<1>, &moduleB);
+    EXPECT_TRUE(table.start(nullptr));
+    // B's callback is started by the nested walk and again by the outer one.
+    EXPECT_EQ(heard, (Heard{{11, 0}, {1, 0}, {1, 5}, {1, 0}, {11, 5}, {1, 5}}));
+    EXPECT_TRUE(log.lines().empty()) << log.text();
 }
 
 }  // namespace

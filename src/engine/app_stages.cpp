@@ -4,6 +4,7 @@
 #include "engine/init_chain.h"
 #include "engine/step_runner.h"
 #include "logger/log.h"
+#include "stdc/exit_context.h"
 
 namespace tollan::engine {
 
@@ -31,7 +32,14 @@ int32_t WMain() noexcept
     TOLLAN_LOG(site.level, site.module, site.function, "ENTER");
 
     const StartupStep *failed = runStage(startupSteps(), Stage::runtimeLibraries, site);
-    const int32_t result = failed != nullptr ? failed->failureCode : 0;
+    int32_t result = failed != nullptr ? failed->failureCode : 0;
+    if (result == 0) {
+        // The exit resumption context: an exit while start-up still runs
+        // comes back here with its code as the result.
+        result = setjmp(stdc::exitResumptionContext());
+        if (result == 0) stdc::armExitResumption();
+    }
+    stdc::disarmExitResumption();
     TOLLAN_LOG(site.level, site.module, site.function, "Cleanup code: error = %d", result);
     TOLLAN_LOG(site.level, site.module, site.function, "Returning %d", result);
     return result;

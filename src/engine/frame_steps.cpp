@@ -4,6 +4,8 @@
 #include "engine/host_module.h"
 #include "platform/thread.h"
 #include "services/lifecycle.h"
+#include "stdc/exit_status.h"
+#include "stdc/locks.h"
 
 namespace tollan::engine {
 
@@ -22,13 +24,21 @@ bool rememberHostModule() noexcept
 
 bool InitAsyncAndMTProtection() noexcept
 {
+    if (!stdc::createSharedLocks()) return false;
     state.asyncProtection = true;
     return true;
 }
 
 void endAsyncProtection() noexcept
 {
+    stdc::releaseSharedLocks();
     state.asyncProtection = false;
+}
+
+void recordExitStatus() noexcept
+{
+    stdc::recordExitStatus(services::lifecycle().endedByUserBreak.load() ? stdc::kExitByUserBreak
+                                                                         : stdc::kExitNormal);
 }
 
 bool markRuntimeLibrariesReady() noexcept

@@ -7,10 +7,14 @@ namespace tollan::engine {
 bool QXInitMainThreadId() noexcept;
 // Remembers the host program's handle and file name.
 bool rememberHostModule() noexcept;
-// Sets the async-protection flag once the locks it covers are set up; the
-// flag makes WExitApp act at shutdown.
+// Makes the C library's four shared locks, then sets the async-protection
+// flag, which makes WExitApp act at shutdown. False when a lock cannot be made.
 bool InitAsyncAndMTProtection() noexcept;
+// Releases the locks in the order they were made and clears the flag.
 void endAsyncProtection() noexcept;
+// Records how the program ended (-132 after a user break, else -19); the
+// first step of the shutdown chain.
+void recordExitStatus() noexcept;
 // Tells the rest of the library that the run-time libraries are usable.
 bool markRuntimeLibrariesReady() noexcept;
 

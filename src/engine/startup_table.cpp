@@ -14,16 +14,21 @@
 // A step whose operation returns nothing (it cannot fail) is wrapped:
 //     .initOnce = cannotFail<timing::SetupPCTimer>,
 // Fields left out mean: no trace, a failure does not stop the chain, no
-// clean-up, no per-thread clean-up. Shutdown and thread detach do not follow
+// clean-up, no per-thread clean-up. A row without initOnce has a clean-up
+// only (the exit status recorded at shutdown). Shutdown and thread detach do not follow
 // the row order; they follow the phases and ranks of startup_table.h.
 #include "engine/startup_table.h"
 
-#include "services/character_classes.h"
 #include "engine/detached_marker.h"
 #include "engine/frame_steps.h"
 #include "engine/init_chain.h"
 #include "engine/library_slot.h"
 #include "fmtio/library.h"
+#include "services/character_classes.h"
+#include "services/memory.h"
+#include "stdc/code_page.h"
+#include "stdc/time_options.h"
+#include "stdc/time_zone.h"
 #include "support/list_allocator.h"
 #include "timing/library.h"
 
@@ -57,6 +62,14 @@ constexpr StartupStep kSteps[] = {
      .stage = Stage::initApp,
      .initOnce = QXInitMainThreadId,
      .trace = "QXInitMainThreadId returned"},
+    {.name = "SetUpMemory",
+     .stage = Stage::initApp,
+     .initOnce = services::SetUpMemory,
+     .trace = "SetUpMemory returned"},
+    {.name = "InitializeCodePage",
+     .stage = Stage::initApp,
+     .initOnce = cannotFail<stdc::InitializeCodePage>,
+     .trace = "InitializeCodePage returned"},
     {.name = "InitSupport",
      .stage = Stage::initApp,
      .initOnce = services::InitSupport,
@@ -77,9 +90,20 @@ constexpr StartupStep kSteps[] = {
      .stage = Stage::initApp,
      .initOnce = InitAsyncAndMTProtection,
      .trace = "InitAsyncAndMTProtection returned",
+     .failureCode = kDebugLinkFailed,
      .cleanup = {CleanupPhase::protection, cleanup_rank::asyncProtectionFlag, endAsyncProtection}},
+    {.name = "GetTimeOptions/GetDateOptions",
+     .stage = Stage::initApp,
+     .initOnce = stdc::GetTimeAndDateOptions,
+     .trace = "GetTimeOptions/GetDateOptions returned.",
+     .failureCode = kTimeSettingsFailed},
 
     // --- WMain ---------------------------------------------------------
+    {.name = "InitTimeLib",
+     .stage = Stage::runtimeLibraries,
+     .initOnce = stdc::InitTimeLib,
+     .trace = "InitTimeLib returned",
+     .failureCode = kTimeLibraryFailed},
     {.name = "FmtIOLibInitOnce",
      .stage = Stage::runtimeLibraries,
      .initOnce = fmtio::FmtIOLibInitOnce,
@@ -97,6 +121,10 @@ constexpr StartupStep kSteps[] = {
     {.name = "RuntimeLibrariesReady",
      .stage = Stage::runtimeLibraries,
      .initOnce = markRuntimeLibrariesReady},
+    // Only a clean-up: the first step of shutdown.
+    {.name = "RecordExitStatus",
+     .stage = Stage::runtimeLibraries,
+     .cleanup = {CleanupPhase::libraries, cleanup_rank::exitStatus, recordExitStatus}},
     {.name = "RegisterUtilityLibraryRunStateChangeCallback",
      .stage = Stage::runtimeLibraries,
      .initOnce = timing::RegisterUtilityLibraryRunStateChangeCallback,

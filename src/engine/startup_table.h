@@ -37,7 +37,8 @@ enum class CleanupPhase : uint8_t {
 // Positions within a clean-up phase (ascending). Shutdown does not simply
 // reverse start-up, so every row states where it belongs.
 namespace cleanup_rank {
-// CloseRTDll's library clean-ups.
+// CloseRTDll's library clean-ups, after the exit status is recorded.
+inline constexpr uint8_t exitStatus = 0;
 inline constexpr uint8_t threadStates = 10;
 inline constexpr uint8_t cLibrary = 20;
 inline constexpr uint8_t utility = 30;
@@ -79,8 +80,8 @@ struct ThreadCleanup {
 struct StartupStep {
     const char *name;
     Stage stage;
-    bool (*initOnce)() noexcept;  // false: the step failed
-    const char *trace = nullptr;  // written after a successful initOnce
+    bool (*initOnce)() noexcept = nullptr;  // false: the step failed; null: a row with a clean-up only
+    const char *trace = nullptr;            // written after a successful initOnce
     // initApp and runtimeLibraries: the stage's result when initOnce fails;
     // 0 means that a failure does not stop the chain.
     int32_t failureCode = 0;

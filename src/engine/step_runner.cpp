@@ -31,7 +31,7 @@ void runInRankOrder(std::span<const StartupStep> steps, auto selected, auto rank
 const StartupStep *runStage(std::span<const StartupStep> steps, Stage stage, const TraceSite &site) noexcept
 {
     for (const StartupStep &step : steps) {
-        if (step.stage != stage) continue;
+        if (step.stage != stage || step.initOnce == nullptr) continue;
         if (!step.initOnce()) {
             if (stage == Stage::processAttach || step.failureCode != 0) return &step;
         }

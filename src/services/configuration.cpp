@@ -21,7 +21,8 @@ bool configurationSwitch(const char *name) noexcept
     char path[kRegPathBufferSize];
     if (name == nullptr || !settingsPath(nullptr, path, sizeof path)) return false;
     platform::SettingsKey *key = nullptr;
-    if (platform::settingsOpenKey(platform::RootKey::currentUser, path, false, false, &key) != 0) return false;
+    if (platform::settingsOpenKey(platform::RootKey::currentUser, path, false, false, &key) != 0)
+        return false;
     uint32_t type = 0;
     uint32_t value = 0;
     uint32_t size = sizeof value;

@@ -18,6 +18,8 @@ struct Lifecycle {
     std::atomic<bool> startupFailure{false};
     // ZORRTDllAbnormalExit is ending the process.
     std::atomic<bool> exitingAbnormally{false};
+    // The user stopped the program with a break from the debugger.
+    std::atomic<bool> endedByUserBreak{false};
     // Set by the debug channel on the IDE's request; nothing sets them while
     // the library runs without one.
     std::atomic<int32_t> simulateShuttingDown{0};

@@ -1,10 +1,9 @@
 #include "services/thread_vars.h"
 
-#include <cstdlib>
-
 #include <tollan/engine.h>
 
 #include "services/lifecycle.h"
+#include "services/memory.h"
 #include "services/thread_var_scheme.h"
 #include "logger/log.h"
 
@@ -118,12 +117,12 @@ void ThreadVarScheme::freeThreadBlock() noexcept
 
 void *allocThreadData(size_t bytes) noexcept
 {
-    return std::calloc(bytes, 1);
+    return allocateZeroedBlock(bytes);
 }
 
 void freeThreadData(void *block) noexcept
 {
-    std::free(block);
+    freeBlock(block);
 }
 
 bool threadHasBlock() noexcept

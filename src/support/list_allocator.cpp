@@ -1,9 +1,9 @@
-// The default allocation callbacks: relocatable blocks on the C heap. A handle
+// The default allocation callbacks: relocatable blocks of the library's heap. A handle
 // points at the first field of a small master record that also keeps the
 // block's size and a lock count; a locked block may shrink but never moves.
 #include "support/list_allocator.h"
 
-#include <cstdlib>
+#include "services/memory.h"
 
 namespace tollan::support {
 namespace {
@@ -21,19 +21,13 @@ MasterRecord *masterOf(void **handle) noexcept
     return reinterpret_cast<MasterRecord *>(handle);
 }
 
-// malloc and realloc may answer a request for 0 bytes with null.
-size_t atLeastOne(size_t byteSize) noexcept
-{
-    return byteSize == 0 ? 1 : byteSize;
-}
-
 void **newHand(size_t byteSize, uint32_t, uint32_t, const CollectionMemAllocFunctions *) noexcept
 {
-    auto *master = static_cast<MasterRecord *>(std::malloc(sizeof(MasterRecord)));
+    auto *master = static_cast<MasterRecord *>(services::allocateBlock(sizeof(MasterRecord)));
     if (master == nullptr) return nullptr;
-    master->block = std::malloc(atLeastOne(byteSize));
+    master->block = services::allocateBlock(byteSize);
     if (master->block == nullptr) {
-        std::free(master);
+        services::freeBlock(master);
         return nullptr;
     }
     master->size = byteSize;
@@ -45,8 +39,8 @@ void disposeHand(void **handle) noexcept
 {
     if (handle == nullptr) return;
     MasterRecord *master = masterOf(handle);
-    std::free(master->block);
-    std::free(master);
+    services::freeBlock(master->block);
+    services::freeBlock(master);
 }
 
 int32_t setHSz(void **handle, size_t byteSize) noexcept
@@ -57,7 +51,7 @@ int32_t setHSz(void **handle, size_t byteSize) noexcept
         master->size = byteSize;
         return kListNoError;
     }
-    void *moved = std::realloc(master->block, atLeastOne(byteSize));
+    void *moved = services::resizeBlock(master->block, byteSize);
     if (moved == nullptr) return kListErrMemoryFull;
     master->block = moved;
     master->size = byteSize;
@@ -66,12 +60,12 @@ int32_t setHSz(void **handle, size_t byteSize) noexcept
 
 void *newPtr(size_t byteSize, const CollectionMemAllocFunctions *) noexcept
 {
-    return std::malloc(atLeastOne(byteSize));
+    return services::allocateBlock(byteSize);
 }
 
 void disposePtr(void *block) noexcept
 {
-    std::free(block);
+    services::freeBlock(block);
 }
 
 void hLock(void **handle) noexcept

@@ -30,8 +30,9 @@ TEST(Configuration, AnAbsentSwitchIsOffWithoutAWordAndAMisstoredOneIsLogged)
 
     ASSERT_EQ(tollan::testing::storeString(kRoot, "tollanTestText", "1"), 0);
     EXPECT_FALSE(configurationSwitch("tollanTestText"));
-    EXPECT_EQ(log.lines(), std::vector<std::string>{std::string("WARNING|Mgsource/Config|configurationSwitch|") +
-                                                    "tollanTestText: " + tollan::services::libraryMessage(77)});
+    EXPECT_EQ(log.lines(),
+              std::vector<std::string>{std::string("WARNING|Mgsource/Config|configurationSwitch|") +
+                                       "tollanTestText: " + tollan::services::libraryMessage(77)});
 }
 
 }  // namespace

@@ -19,7 +19,8 @@ bool createSharedLocks() noexcept
         if (slot.load() != nullptr) continue;
         auto *lock = new (std::nothrow) platform::RecursiveLock;
         if (lock == nullptr) {
-            TOLLAN_RESOURCE_FAILURE("Stdlib/ansi_c", "InitAsyncAndMTProtection", "no memory for a C library lock");
+            TOLLAN_RESOURCE_FAILURE("Stdlib/ansi_c", "InitAsyncAndMTProtection",
+                                    "no memory for a C library lock");
             return false;
         }
         slot.store(lock, std::memory_order_release);

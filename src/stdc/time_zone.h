@@ -7,7 +7,8 @@ namespace tollan::stdc {
 
 // The text of the start-up result -102, with which WMain stops when the
 // time-zone data cannot be read.
-inline constexpr const char *kTimeLibraryFailedText = "The time library could not read the time-zone information";
+inline constexpr const char *kTimeLibraryFailedText =
+    "The time library could not read the time-zone information";
 
 // Reads the time zone. On failure writes a WARNING line with
 // kTimeLibraryFailedText (unless the logger is configuring itself) and

@@ -45,7 +45,8 @@ TEST(FileSystemRedirection, EachPopGoesBackToTheStateBeforeAndTheStackDoubles)
     EXPECT_EQ(stack.capacity(), 8u);  // 4, doubled once
     for (int i = 0; i < 6; ++i) stack.pop();
     // Pushes apply their own state; pops the one pushed before, or "on" at the bottom.
-    EXPECT_EQ(applied, (std::vector<bool>{false, true, false, false, true, false, false, true, false, true, true}));
+    EXPECT_EQ(applied,
+              (std::vector<bool>{false, true, false, false, true, false, false, true, false, true, true}));
     EXPECT_EQ(stack.size(), 0u);
     // Without WOW64 (every POSIX system, a 64-bit Windows process) nothing switches.
     EXPECT_FALSE(pushFileSystemRedirection(false));

@@ -85,12 +85,18 @@ constexpr const char kIsoPrefix[] = "ISO-8859-";
 const char *expandShorthand(char conversion) noexcept
 {
     switch (conversion) {
-        case 'T': return "%H:%M:%S";
-        case 'r': return "%I:%M:%S %p";
-        case 'R': return "%H:%M";
-        case 'D': return "%m/%d/%y";
-        case 'F': return "%Y-%m-%d";
-        default: return nullptr;
+        case 'T':
+            return "%H:%M:%S";
+        case 'r':
+            return "%I:%M:%S %p";
+        case 'R':
+            return "%H:%M";
+        case 'D':
+            return "%m/%d/%y";
+        case 'F':
+            return "%Y-%m-%d";
+        default:
+            return nullptr;
     }
 }
 
@@ -109,6 +115,17 @@ void expandFormat(const char *format, char *buffer, size_t size) noexcept
         ++at;
     }
     buffer[used] = '\0';
+}
+
+// The environment's strftime format `item` (T_FMT, D_FMT) with its
+// shorthands spelled out; false when there is no locale to ask.
+bool environmentTimeFormat(nl_item item, char *buffer, size_t size) noexcept
+{
+    EnvironmentLocale locale(LC_TIME_MASK);
+    const char *format = locale.info(item);
+    if (format == nullptr) return false;
+    expandFormat(format, buffer, size);
+    return true;
 }
 
 // The first character after position `after` that is neither a conversion
@@ -150,11 +167,8 @@ bool processCodePage(CodePage *out) noexcept
 
 bool userTimeFormat(TimeFormat *out) noexcept
 {
-    EnvironmentLocale locale(LC_TIME_MASK);
-    const char *format = locale.info(T_FMT);
-    if (out == nullptr || format == nullptr) return false;
     char expanded[128];
-    expandFormat(format, expanded, sizeof expanded);
+    if (out == nullptr || !environmentTimeFormat(T_FMT, expanded, sizeof expanded)) return false;
     *out = TimeFormat{true, true, ':'};
     for (const char *at = std::strchr(expanded, '%'); at != nullptr; at = std::strchr(at + 1, '%')) {
         const char conversion = at[1];
@@ -171,11 +185,8 @@ bool userTimeFormat(TimeFormat *out) noexcept
 
 bool userDateFormat(DateFormat *out) noexcept
 {
-    EnvironmentLocale locale(LC_TIME_MASK);
-    const char *format = locale.info(D_FMT);
-    if (out == nullptr || format == nullptr) return false;
     char expanded[128];
-    expandFormat(format, expanded, sizeof expanded);
+    if (out == nullptr || !environmentTimeFormat(D_FMT, expanded, sizeof expanded)) return false;
     const char *day = nullptr;
     const char *month = nullptr;
     const char *year = nullptr;
@@ -183,13 +194,20 @@ bool userDateFormat(DateFormat *out) noexcept
          at = std::strchr(at + 2, '%')) {
         switch (at[1]) {
             case 'd':
-            case 'e': day = day ? day : at; break;
+            case 'e':
+                day = day ? day : at;
+                break;
             case 'm':
             case 'b':
-            case 'B': month = month ? month : at; break;
+            case 'B':
+                month = month ? month : at;
+                break;
             case 'y':
-            case 'Y': year = year ? year : at; break;
-            default: break;
+            case 'Y':
+                year = year ? year : at;
+                break;
+            default:
+                break;
         }
     }
     *out = DateFormat{DateOrder::monthDayYear, false, '/'};
@@ -230,17 +248,20 @@ bool timeZone(TimeZone *out) noexcept
         if (probe.tm_isdst > 0) {
             daylightOffset = probe.tm_gmtoff;
             daylightSeen = true;
-            std::snprintf(out->daylightName, sizeof out->daylightName, "%s", probe.tm_zone ? probe.tm_zone : "");
+            std::snprintf(out->daylightName, sizeof out->daylightName, "%s",
+                          probe.tm_zone ? probe.tm_zone : "");
         } else {
             standardOffset = probe.tm_gmtoff;
             standardSeen = true;
-            std::snprintf(out->standardName, sizeof out->standardName, "%s", probe.tm_zone ? probe.tm_zone : "");
+            std::snprintf(out->standardName, sizeof out->standardName, "%s",
+                          probe.tm_zone ? probe.tm_zone : "");
         }
     }
     if (!standardSeen) standardOffset = daylightOffset;  // a zone in daylight time all year
     out->biasMinutes = static_cast<int32_t>(-standardOffset / 60);
     out->hasDaylightTime = daylightSeen && standardSeen;
-    out->daylightBiasMinutes = out->hasDaylightTime ? static_cast<int32_t>(-(daylightOffset - standardOffset) / 60) : 0;
+    out->daylightBiasMinutes =
+        out->hasDaylightTime ? static_cast<int32_t>(-(daylightOffset - standardOffset) / 60) : 0;
     return true;
 }
 

@@ -46,7 +46,8 @@ bool processCodePage(CodePage *out) noexcept
 bool userTimeFormat(TimeFormat *out) noexcept
 {
     char picture[80];
-    if (out == nullptr || GetLocaleInfoA(LOCALE_USER_DEFAULT, LOCALE_STIMEFORMAT, picture, sizeof picture) == 0)
+    if (out == nullptr ||
+        GetLocaleInfoA(LOCALE_USER_DEFAULT, LOCALE_STIMEFORMAT, picture, sizeof picture) == 0)
         return false;
     *out = TimeFormat{true, true, ':'};
     // "HH:mm:ss" or "h:mm:ss tt": H is the 24-hour clock, a doubled letter a
@@ -62,7 +63,8 @@ bool userTimeFormat(TimeFormat *out) noexcept
 bool userDateFormat(DateFormat *out) noexcept
 {
     char picture[80];
-    if (out == nullptr || GetLocaleInfoA(LOCALE_USER_DEFAULT, LOCALE_SSHORTDATE, picture, sizeof picture) == 0)
+    if (out == nullptr ||
+        GetLocaleInfoA(LOCALE_USER_DEFAULT, LOCALE_SSHORTDATE, picture, sizeof picture) == 0)
         return false;
     *out = DateFormat{DateOrder::monthDayYear, false, '/'};
     const char *day = std::strchr(picture, 'd');

@@ -312,6 +312,18 @@ struct SlowFirstCall {
     }
 };
 
+// Discards its timer from its first call, on the engine given.
+struct DiscardsItself {
+    timing::MMSystem *engine;
+    void *timer = nullptr;
+    std::atomic<int> calls{0};
+    static void callback(void *context)
+    {
+        auto *self = static_cast<DiscardsItself *>(context);
+        if (++self->calls == 1) self->engine->discardTimer(self->timer);
+    }
+};
+
 }  // namespace
 
 TEST_F(ManualTimerEngine, AChainedTimerMakesUpForThePeriodsASlowCallbackUsedUp)
@@ -340,4 +352,24 @@ TEST_F(ManualTimerEngine, AChainedTimerMakesUpForThePeriodsASlowCallbackUsedUp)
     ASSERT_NO_FATAL_FAILURE(manualDevice->advanceAndFire(25));  // frees the record
     EXPECT_EQ(slow.calls.load(), 5);
     EXPECT_EQ(manualDevice->dropPending(), 0u);
+}
+
+TEST_F(ManualTimerEngine, ATimerDiscardedFromItsOwnCallbackLeavesNoEventBehind)
+{
+    // Periodic events, and chained ones (a 60 ms period in links of 25 ms).
+    timing::MMSystem &engine = manualEngine();
+    for (uint32_t chainLimitMs : {0u, 25u}) {
+        SCOPED_TRACE(chainLimitMs ? "chained" : "periodic");
+        timing::MMSystem::setChainLimitForTesting(chainLimitMs);
+        DiscardsItself self{&engine};
+        self.timer = engine.newTimer(&DiscardsItself::callback, &self);
+        ASSERT_NE(self.timer, nullptr);
+        ASSERT_TRUE(engine.setTimer(self.timer, milliseconds(60)));
+        while (self.calls.load() == 0 && !manualDevice->pending().empty())
+            ASSERT_NO_FATAL_FAILURE(manualDevice->advanceAndFire(25));
+        EXPECT_EQ(self.calls.load(), 1);
+        // The record went with its event; under AddressSanitizer a record
+        // freed too early, or never, is reported.
+        EXPECT_EQ(manualDevice->dropPending(), 0u);
+    }
 }

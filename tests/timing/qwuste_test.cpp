@@ -5,10 +5,16 @@
 
 #include <tollan/timerengine.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <string>
 #include <thread>
+#include <vector>
 
+#include <tollan/logger.h>
+
+#include "fixtures/log_capture.h"
 #include "platform/dynamic_library.h"
 #include "timer_checks.h"
 #include "timing/engines.h"
@@ -16,6 +22,7 @@
 
 using namespace tollan;
 using namespace timing_test;
+using tollan::testing::LogCapture;
 
 namespace {
 
@@ -87,9 +94,23 @@ TEST_F(ExternalEngine, NoCallbackRunsAfterDiscardReturns)
     EXPECT_EQ(watched.calls.load(), calls);
 }
 
-TEST_F(ExternalEngine, DiscardFromTheTimersOwnCallback)
+TEST_F(ExternalEngine, DiscardFromTheTimersOwnCallbackEndsItsThread)
 {
-    expectDiscardFromOwnCallback();
+    // The thread frees the timer and leaves; the library sees it detach.
+    LogCapture detaches(ZOR_LOG_DLLMAIN, "[THREAD]|[MSG]");
+    const uint32_t thread = expectDiscardFromOwnCallback(true);
+    ASSERT_NE(thread, 0u);
+    const std::string id = std::to_string(static_cast<int>(thread));
+    // Waits for the detach's last line: the capture's end takes the logger
+    // lock after the thread's last use of it, so that the detach is over
+    // before the program's own shutdown can begin.
+    const auto detached = [&] {
+        const std::vector<std::string> lines = detaches.lines();
+        return std::count(lines.begin(), lines.end(), id + "|DLL_THREAD_DETACH: thread " + id) == 1 &&
+               std::count(lines.begin(), lines.end(), id + "|Returning 1") == 1;
+    };
+    for (int i = 0; i < 500 && !detached(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_TRUE(detached()) << "the timer's thread is still running";
 }
 
 namespace {

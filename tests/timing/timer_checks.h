@@ -9,6 +9,9 @@
 #include <chrono>
 #include <thread>
 
+#include "platform/thread.h"
+#include "timing/scratch.h"
+
 namespace timing_test {
 
 struct Counter {
@@ -53,31 +56,42 @@ inline void expectOneCallPerPeriod(Counter &counter)
 }
 
 struct SelfDiscarding {
+    bool giveThreadVariables;
     void *timer = nullptr;
     std::atomic<int> calls{0};
     std::atomic<int32_t> discardResult{1};
+    std::atomic<uint32_t> thread{0};
     static void callback(void *context)
     {
         auto *self = static_cast<SelfDiscarding *>(context);
-        if (++self->calls == 3) self->discardResult = ZORUSTEdiscardtimer(self->timer);
+        if (++self->calls != 3) return;
+        // The scratch block lives in the thread variables, which the library
+        // frees when the thread ends: on POSIX only such a thread detaches.
+        if (self->giveThreadVariables) tollan::timing::threadScratch();
+        self->thread = tollan::platform::currentThreadId();
+        self->discardResult = ZORUSTEdiscardtimer(self->timer);
     }
 };
 
 // A timer discarded from its own third callback: the discard succeeds and
-// the timer never calls again.
-inline void expectDiscardFromOwnCallback()
+// the timer never calls again. Returns the id of the thread that ran the
+// callbacks; with giveThreadVariables that thread runs the library's thread
+// detach when it ends. (Not for a thread that outlives the test: a detach
+// that runs while the process shuts down races with the shutdown.)
+inline uint32_t expectDiscardFromOwnCallback(bool giveThreadVariables = false)
 {
-    SelfDiscarding self;
+    SelfDiscarding self{giveThreadVariables};
     self.timer = ZORUSTEnewtimer(&SelfDiscarding::callback, &self);
-    ASSERT_NE(self.timer, nullptr);
+    EXPECT_NE(self.timer, nullptr);
     const ZORUSTETimeValue period = milliseconds(5);
-    ASSERT_EQ(ZORUSTEsettimer(self.timer, &period), 1);
+    EXPECT_EQ(ZORUSTEsettimer(self.timer, &period), 1);
     for (int i = 0; i < 200 && self.calls.load() < 3; ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     EXPECT_EQ(self.calls.load(), 3);
     EXPECT_EQ(self.discardResult.load(), ZORUSTE_SUCCESS);
     EXPECT_EQ(ZORUSTEdiscardtimer(self.timer), ZORUSTE_ERR_INVALID_TIMER);
+    return self.thread.load();
 }
 
 }  // namespace timing_test

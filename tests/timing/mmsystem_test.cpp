@@ -88,6 +88,12 @@ TEST(TimerEngine, DiscardFromTheTimersOwnCallback)
     expectDiscardFromOwnCallback();
 }
 
+TEST(TimerEngine, ConcurrentTimersKeepTheirOwnPace)
+{
+    ASSERT_EQ(ZORUSTEinitialize(), 1);
+    expectConcurrentTimersKeepTheirOwnPace();
+}
+
 namespace {
 
 // The real service, with a device whose minimum period is 10 ms; it notes the

@@ -113,6 +113,11 @@ TEST_F(ExternalEngine, DiscardFromTheTimersOwnCallbackEndsItsThread)
     EXPECT_TRUE(detached()) << "the timer's thread is still running";
 }
 
+TEST_F(ExternalEngine, ConcurrentTimersKeepTheirOwnPace)
+{
+    expectConcurrentTimersKeepTheirOwnPace();
+}
+
 namespace {
 
 // The test engine's clock, held while this object lives: it stands still

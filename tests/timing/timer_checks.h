@@ -94,4 +94,54 @@ inline uint32_t expectDiscardFromOwnCallback(bool giveThreadVariables = false)
     return self.thread.load();
 }
 
+// Three timers of different periods run side by side, each at its own pace;
+// discarding one silences it and leaves the others running.
+inline void expectConcurrentTimersKeepTheirOwnPace()
+{
+    using Clock = std::chrono::steady_clock;
+    struct Running {
+        uint32_t periodMs;
+        Counter counter;
+        void *timer = nullptr;
+        Clock::time_point start;
+        double periods = 0;  // that fit into the time it ran
+
+        void discard()
+        {
+            EXPECT_EQ(ZORUSTEdiscardtimer(timer), ZORUSTE_SUCCESS);
+            periods = std::chrono::duration<double, std::milli>(Clock::now() - start).count() / periodMs;
+        }
+    };
+    Running timers[3] = {{7, {}}, {10, {}}, {16, {}}};
+    bool started = true;
+    for (Running &running : timers) {
+        running.timer = ZORUSTEnewtimer(&Counter::callback, &running.counter);
+        const ZORUSTETimeValue period = milliseconds(running.periodMs);
+        running.start = Clock::now();
+        started = started && ZORUSTEsettimer(running.timer, &period) == 1;
+    }
+    if (!started) {
+        for (Running &running : timers) ZORUSTEdiscardtimer(running.timer);
+        FAIL() << "a timer did not start";
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    timers[1].discard();
+    const int outerCalls = timers[0].counter.calls.load() + timers[2].counter.calls.load();
+    std::this_thread::sleep_for(std::chrono::milliseconds(150));
+    timers[0].discard();
+    timers[2].discard();
+
+    for (Running &running : timers) {
+        const int calls = running.counter.calls.load();
+        EXPECT_TRUE(plausibleCount(calls, running.periods))
+            << calls << " calls of the " << running.periodMs << " ms timer in " << running.periods
+            << " periods";
+    }
+    EXPECT_GT(timers[0].counter.calls.load() + timers[2].counter.calls.load(), outerCalls)
+        << "the others stopped with the discarded timer";
+    const int discardedCalls = timers[1].counter.calls.load();
+    std::this_thread::sleep_for(std::chrono::milliseconds(40));
+    EXPECT_EQ(timers[1].counter.calls.load(), discardedCalls);
+}
+
 }  // namespace timing_test

@@ -77,6 +77,16 @@ TEST_F(FmtioFileTest, FailedOpensReportTheCauseAndLeaveNoSlot)
     std::filesystem::create_directory(path("directory"));
     EXPECT_TRUE(failedWith(ZOR_OpenFile(path("directory").c_str(), 1, 2, 0), 6));
 
+    // A plain file standing where a directory should is a path that leads nowhere.
+    writeRaw("file.txt", "x");
+    const std::string throughFile = path("file.txt/x");
+    for (int32_t action : {0, 1, 2})
+        EXPECT_TRUE(failedWith(ZOR_OpenFile(throughFile.c_str(), action, 0, 0), 1)) << "action " << action;
+    int64_t size = 99;
+    EXPECT_EQ(GetFileInfo(throughFile.c_str(), &size), 0);
+    EXPECT_EQ(GetFmtIOError(), 0);
+    EXPECT_EQ(size, 0);
+
     const int32_t handle = open("present", 2, 0, 0);
     EXPECT_EQ(handle, 3);
     EXPECT_EQ(ZOR_CloseFile(handle), 0);

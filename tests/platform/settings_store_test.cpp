@@ -113,6 +113,12 @@ TEST(SettingsStore, MissingKeysValuesAndShortBuffersFailWithTheirCodes)
     ASSERT_EQ(storeString(path.c_str(), "present", "twelve chars"), 0);
     EXPECT_EQ(readValue(path, "absent").error, kFileNotFound);
     EXPECT_EQ(readValue(testKey("Codes\\Deeper"), "present").error, kFileNotFound);
+    // A missing key whose name begins an existing one's is still missing.
+    ASSERT_EQ(storeString(testKey("Codes\\Logger").c_str(), "present", "x"), 0);
+    SettingsKey *prefix = nullptr;
+    EXPECT_EQ(settingsOpenKey(RootKey::currentUser, testKey("Codes\\Log").c_str(), false, false, &prefix),
+              kFileNotFound);
+    EXPECT_EQ(prefix, nullptr);
 
     const Read cramped = readValue(path, "present", 5);
     EXPECT_EQ(cramped.error, kMoreData);

@@ -101,6 +101,27 @@ TEST(Registry, SettingsRootRecordIsFreedOnFailure)
     EXPECT_EQ(record, nullptr);
 }
 
+TEST(Registry, SettingsPathFitsItsBufferExactlyAndNeverWritesPastIt)
+{
+    constexpr char kCanary = '\x5A';
+    for (const char *section : {static_cast<const char *>(nullptr), "Logger"}) {
+        const std::string expected =
+            std::string("Software\\Vantrel\\ZOR\\17.0") + (section ? std::string("\\") + section : "");
+        const size_t exact = expected.size() + 1;
+        // One byte past every size from the exact fit down to nothing stays untouched.
+        for (size_t size = exact; size > 0; --size) {
+            SCOPED_TRACE(std::string(section ? section : "(root)") + ", size " + std::to_string(size));
+            std::string buffer(exact + 1, kCanary);
+            const bool fits = settingsPath(section, buffer.data(), size);
+            EXPECT_EQ(fits, size == exact);
+            EXPECT_EQ(buffer[size], kCanary);
+            if (fits) {
+                EXPECT_STREQ(buffer.c_str(), expected.c_str());
+            }
+        }
+    }
+}
+
 TEST(RegistryRemoteDebugger, AnUnreadablePortClearsTheAddress)
 {
     const char *complete = "Software\\Vantrel\\ZOR\\TollanTests\\Remote";

@@ -1,10 +1,14 @@
 // The timer engine on the multimedia timer, through the exports and, with a
-// device of another minimum period, directly.
+// device of another minimum period or one that the test drives by hand,
+// directly.
 #include <gtest/gtest.h>
 
 #include <tollan/timerengine.h>
 
+#include <atomic>
 #include <chrono>
+#include <list>
+#include <memory>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -82,6 +86,12 @@ TEST(TimerEngine, DiscardFromTheTimersOwnCallback)
 {
     ASSERT_EQ(ZORUSTEinitialize(), 1);
     expectDiscardFromOwnCallback();
+}
+
+TEST(TimerEngine, ConcurrentTimersKeepTheirOwnPace)
+{
+    ASSERT_EQ(ZORUSTEinitialize(), 1);
+    expectConcurrentTimersKeepTheirOwnPace();
 }
 
 namespace {
@@ -193,4 +203,179 @@ TEST(TimerEngine, LongPeriodsAreChainsOfOneShotEvents)
     const int afterDiscard = counter.calls.load();
     std::this_thread::sleep_for(std::chrono::milliseconds(80));
     EXPECT_EQ(counter.calls.load(), afterDiscard);
+}
+
+namespace {
+
+// A device whose clock stands still until the test moves it, and whose
+// events fire only when the test fires them, on the test's thread: the
+// engine's own bookkeeping, without the timing of a real machine.
+class ManualDevice final : public platform::MultimediaTimer {
+public:
+    struct Event {
+        uint32_t id;
+        uint32_t delayMs;
+        bool periodic;
+        platform::TimerEventTarget *target;
+    };
+
+    uint32_t timeMs() noexcept override { return nowMs.load(); }
+    uint32_t systemTimeMs() noexcept override { return nowMs.load(); }
+    uint32_t deviceCaps(uint32_t *minPeriodMs, uint32_t *maxPeriodMs) noexcept override
+    {
+        *minPeriodMs = 1;
+        *maxPeriodMs = 1000000;
+        return platform::kTimerNoError;
+    }
+    uint32_t beginPeriod(uint32_t) noexcept override { return platform::kTimerNoError; }
+    uint32_t endPeriod(uint32_t) noexcept override { return platform::kTimerNoError; }
+    uint32_t setEvent(uint32_t delayMs, uint32_t, platform::TimerEventTarget *target,
+                      bool periodic) noexcept override
+    {
+        std::lock_guard guard(lock_);
+        pending_.push_back(Event{nextId_, delayMs, periodic, target});
+        return nextId_++;
+    }
+    uint32_t killEvent(uint32_t eventId) noexcept override
+    {
+        std::lock_guard guard(lock_);
+        for (auto it = pending_.begin(); it != pending_.end(); ++it) {
+            if (it->id == eventId) {
+                pending_.erase(it);
+                return platform::kTimerNoError;
+            }
+        }
+        return platform::kTimerNoCanDo;
+    }
+
+    std::vector<Event> pending()
+    {
+        std::lock_guard guard(lock_);
+        return {pending_.begin(), pending_.end()};
+    }
+    // Forgets the pending events, whose targets may be gone, and says how
+    // many there were.
+    size_t dropPending()
+    {
+        std::lock_guard guard(lock_);
+        const size_t count = pending_.size();
+        pending_.clear();
+        return count;
+    }
+    // Moves the clock on by ms and delivers the one pending event, which a
+    // one-shot event leaves spent.
+    void advanceAndFire(uint32_t ms)
+    {
+        nowMs += ms;
+        std::vector<Event> events = pending();
+        ASSERT_EQ(events.size(), 1u);
+        if (!events[0].periodic) killEvent(events[0].id);
+        events[0].target->fire(events[0].id, events[0].target->context);
+    }
+
+    std::atomic<uint32_t> nowMs{1000};
+
+private:
+    std::mutex lock_;
+    // A list frees what it forgets: no stale copy of a target stays in spare
+    // room, where LeakSanitizer would count it as a reference to the record.
+    std::list<Event> pending_;
+    uint32_t nextId_ = 1;
+};
+
+ManualDevice *manualDevice = nullptr;
+
+// One engine on the manual device for the tests below; it lives as long as
+// the process, as the engines do.
+timing::MMSystem &manualEngine()
+{
+    static auto *engine = new timing::MMSystem([]() noexcept -> std::unique_ptr<platform::MultimediaTimer> {
+        auto device = std::make_unique<ManualDevice>();
+        manualDevice = device.get();
+        return device;
+    });
+    return *engine;
+}
+
+class ManualTimerEngine : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(manualEngine().startUp()); }
+    void TearDown() override
+    {
+        timing::MMSystem::setChainLimitForTesting(0);
+        manualDevice->dropPending();  // whatever a failed test left behind
+    }
+};
+
+// A callback whose first call takes `firstCallMs` of the manual clock.
+struct SlowFirstCall {
+    uint32_t firstCallMs;
+    std::atomic<int> calls{0};
+    static void callback(void *context)
+    {
+        auto *self = static_cast<SlowFirstCall *>(context);
+        if (++self->calls == 1) manualDevice->nowMs += self->firstCallMs;
+    }
+};
+
+// Discards its timer from its first call, on the engine given.
+struct DiscardsItself {
+    timing::MMSystem *engine;
+    void *timer = nullptr;
+    std::atomic<int> calls{0};
+    static void callback(void *context)
+    {
+        auto *self = static_cast<DiscardsItself *>(context);
+        if (++self->calls == 1) self->engine->discardTimer(self->timer);
+    }
+};
+
+}  // namespace
+
+TEST_F(ManualTimerEngine, AChainedTimerMakesUpForThePeriodsASlowCallbackUsedUp)
+{
+    timing::MMSystem &engine = manualEngine();
+    timing::MMSystem::setChainLimitForTesting(25);
+    SlowFirstCall slow{200};
+    void *timer = engine.newTimer(&SlowFirstCall::callback, &slow);
+    ASSERT_NE(timer, nullptr);
+    ASSERT_TRUE(engine.setTimer(timer, milliseconds(60)));
+
+    // Links of 25, 25 and 10 ms make up the first period.
+    ASSERT_NO_FATAL_FAILURE(manualDevice->advanceAndFire(25));
+    ASSERT_NO_FATAL_FAILURE(manualDevice->advanceAndFire(25));
+    EXPECT_EQ(slow.calls.load(), 0);
+    ASSERT_NO_FATAL_FAILURE(manualDevice->advanceAndFire(10));
+    // The first call ran 200 ms, three whole periods and 20 ms into a fourth:
+    // one call for each period passed, and the next period ends 40 ms later.
+    EXPECT_EQ(slow.calls.load(), 4);
+    ASSERT_EQ(manualDevice->pending().size(), 1u);
+    EXPECT_EQ(manualDevice->pending()[0].delayMs, 25u);
+    ASSERT_NO_FATAL_FAILURE(manualDevice->advanceAndFire(40));
+    EXPECT_EQ(slow.calls.load(), 5);
+    EXPECT_EQ(manualDevice->pending()[0].delayMs, 25u);
+    engine.discardTimer(timer);
+    ASSERT_NO_FATAL_FAILURE(manualDevice->advanceAndFire(25));  // frees the record
+    EXPECT_EQ(slow.calls.load(), 5);
+    EXPECT_EQ(manualDevice->dropPending(), 0u);
+}
+
+TEST_F(ManualTimerEngine, ATimerDiscardedFromItsOwnCallbackLeavesNoEventBehind)
+{
+    // Periodic events, and chained ones (a 60 ms period in links of 25 ms).
+    timing::MMSystem &engine = manualEngine();
+    for (uint32_t chainLimitMs : {0u, 25u}) {
+        SCOPED_TRACE(chainLimitMs ? "chained" : "periodic");
+        timing::MMSystem::setChainLimitForTesting(chainLimitMs);
+        DiscardsItself self{&engine};
+        self.timer = engine.newTimer(&DiscardsItself::callback, &self);
+        ASSERT_NE(self.timer, nullptr);
+        ASSERT_TRUE(engine.setTimer(self.timer, milliseconds(60)));
+        while (self.calls.load() == 0 && !manualDevice->pending().empty())
+            ASSERT_NO_FATAL_FAILURE(manualDevice->advanceAndFire(25));
+        EXPECT_EQ(self.calls.load(), 1);
+        // The record went with its event; under AddressSanitizer a record
+        // freed too early, or never, is reported.
+        EXPECT_EQ(manualDevice->dropPending(), 0u);
+    }
 }

@@ -5,16 +5,24 @@
 
 #include <tollan/timerengine.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <string>
 #include <thread>
+#include <vector>
 
+#include <tollan/logger.h>
+
+#include "fixtures/log_capture.h"
+#include "platform/dynamic_library.h"
 #include "timer_checks.h"
 #include "timing/engines.h"
 #include "timing/qwuste_engine.h"
 
 using namespace tollan;
 using namespace timing_test;
+using tollan::testing::LogCapture;
 
 namespace {
 
@@ -86,9 +94,131 @@ TEST_F(ExternalEngine, NoCallbackRunsAfterDiscardReturns)
     EXPECT_EQ(watched.calls.load(), calls);
 }
 
-TEST_F(ExternalEngine, DiscardFromTheTimersOwnCallback)
+TEST_F(ExternalEngine, DiscardFromTheTimersOwnCallbackEndsItsThread)
 {
-    expectDiscardFromOwnCallback();
+    // The thread frees the timer and leaves; the library sees it detach.
+    LogCapture detaches(ZOR_LOG_DLLMAIN, "[THREAD]|[MSG]");
+    const uint32_t thread = expectDiscardFromOwnCallback(true);
+    ASSERT_NE(thread, 0u);
+    const std::string id = std::to_string(static_cast<int>(thread));
+    // Waits for the detach's last line: the capture's end takes the logger
+    // lock after the thread's last use of it, so that the detach is over
+    // before the program's own shutdown can begin.
+    const auto detached = [&] {
+        const std::vector<std::string> lines = detaches.lines();
+        return std::count(lines.begin(), lines.end(), id + "|DLL_THREAD_DETACH: thread " + id) == 1 &&
+               std::count(lines.begin(), lines.end(), id + "|Returning 1") == 1;
+    };
+    for (int i = 0; i < 500 && !detached(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_TRUE(detached()) << "the timer's thread is still running";
+}
+
+TEST_F(ExternalEngine, ConcurrentTimersKeepTheirOwnPace)
+{
+    expectConcurrentTimersKeepTheirOwnPace();
+}
+
+namespace {
+
+// The test engine's clock, held while this object lives: it stands still
+// until the test moves it on (see the engine library).
+class HeldClock {
+public:
+    HeldClock()
+        : library_(platform::loadLibrary("qwuste.dll")),
+          hold_(entry<void (*)(int64_t)>("QwusteTestHoldClock")),
+          move_(entry<void (*)(int64_t)>("QwusteTestMoveClock")),
+          release_(entry<void (*)()>("QwusteTestReleaseClock")),
+          waitsBegun_(entry<int64_t (*)()>("QwusteTestWaitsBegun"))
+    {
+        if (!ready()) return;
+        waitsBefore_ = waitsBegun_();
+        auto *engine = static_cast<timing::QwusteEngine *>(timing::qwusteEngine().engineObject());
+        hold_(engine->currentTimeNs());
+    }
+    ~HeldClock()
+    {
+        release();
+        if (library_) platform::unloadLibrary(library_);
+    }
+    HeldClock(const HeldClock &) = delete;
+    HeldClock &operator=(const HeldClock &) = delete;
+
+    bool ready() const { return hold_ && move_ && release_ && waitsBegun_; }
+    void move(uint32_t ms) { move_(int64_t{ms} * 1000000); }
+    void release()
+    {
+        if (release_) release_();
+    }
+    // Waits, in real time and generously, until `count` waits have begun on
+    // the held clock: the timer's thread has made every call due before and
+    // sleeps toward its next due time.
+    bool awaitWaits(int64_t count)
+    {
+        for (int i = 0; i < 1000 && waitsBegun_() - waitsBefore_ < count; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        return waitsBegun_() - waitsBefore_ >= count;
+    }
+
+private:
+    template <typename Function>
+    Function entry(const char *name)
+    {
+        return library_ ? reinterpret_cast<Function>(platform::librarySymbol(library_, name)) : nullptr;
+    }
+
+    void *library_;
+    void (*hold_)(int64_t);
+    void (*move_)(int64_t);
+    void (*release_)();
+    int64_t (*waitsBegun_)();
+    int64_t waitsBefore_ = 0;
+};
+
+// A callback whose first call takes `firstCallMs` of the held clock.
+struct Overrunning {
+    HeldClock *clock;
+    uint32_t firstCallMs;
+    std::atomic<int> calls{0};
+    static void callback(void *context)
+    {
+        auto *self = static_cast<Overrunning *>(context);
+        if (++self->calls == 1) self->clock->move(self->firstCallMs);
+    }
+};
+
+}  // namespace
+
+TEST_F(ExternalEngine, AnOverrunningCallbackIsRunAgainForEachPeriodItUsedUp)
+{
+    HeldClock clock;
+    ASSERT_TRUE(clock.ready()) << "the test engine cannot hold its clock";
+    Overrunning overrun{&clock, 55};
+    void *timer = ZORUSTEnewtimer(&Overrunning::callback, &overrun);
+    ASSERT_NE(timer, nullptr);
+    // Discarding waits for the thread, which waits for the clock.
+    struct Discard {
+        HeldClock &clock;
+        void *timer;
+        ~Discard()
+        {
+            clock.release();
+            ZORUSTEdiscardtimer(timer);
+        }
+    } discard{clock, timer};
+
+    const ZORUSTETimeValue period = milliseconds(10);
+    ASSERT_EQ(ZORUSTEsettimer(timer, &period), 1);
+    ASSERT_TRUE(clock.awaitWaits(1));
+    EXPECT_EQ(overrun.calls.load(), 0);
+    clock.move(10);
+    // The first call took 5.5 periods: five more calls follow at once, and
+    // the thread waits for the end of the seventh period.
+    ASSERT_TRUE(clock.awaitWaits(2));
+    EXPECT_EQ(overrun.calls.load(), 6);
+    clock.move(5);
+    ASSERT_TRUE(clock.awaitWaits(3));
+    EXPECT_EQ(overrun.calls.load(), 7);
 }
 
 TEST_F(ExternalEngine, PeriodZeroBecomesOneMicrosecond)

@@ -74,7 +74,7 @@ TOLLAN_API int32_t SetZORLogReportingLocation(uint32_t location, int32_t fileFor
 /* Replaces the line template; NULL is ignored. */
 TOLLAN_API void SetZORLogOutputFormat(const char *lineTemplate) TOLLAN_NOEXCEPT;
 /*
- * The current template. The text stays valid until the library is unloaded,
+ * The current template. The text stays valid for the life of the process,
  * whatever other threads do to the template meanwhile; reading the same
  * template again gives the same pointer.
  */

@@ -5,6 +5,8 @@
 #include "engine/step_runner.h"
 #include "logger/log.h"
 #include "platform/thread.h"
+#include "platform/tls.h"
+#include "services/library_gate.h"
 #include "services/lifecycle.h"
 #include "services/thread_var_scheme.h"
 #include "services/thread_vars.h"
@@ -35,18 +37,18 @@ int32_t processAttach(void *moduleInstance) noexcept
     return returning(1);
 }
 
-int32_t processDetach() noexcept
+int32_t processDetach(bool othersStopped) noexcept
 {
     TOLLAN_LOG(kDllMain.level, kDllMain.module, kDllMain.function, "DLL_PROCESS_DETACH");
     services::lifecycle().detaching.store(true);
+    if (othersStopped) services::setShutdownWaitMs(0);
     if (services::lifecycle().initialised.load()) {
         CloseRTDll();
         TOLLAN_LOG(kDllMain.level, kDllMain.module, kDllMain.function, "CloseRTDll returned");
     }
     runCleanups(startupSteps(), CleanupPhase::afterClose);
-    const int32_t result = returning(1);
-    logger::releaseHandedOutTemplates();
-    return result;
+    platform::stopThreadExitNotifications();
+    return returning(1);
 }
 
 int32_t threadDetach() noexcept

@@ -10,7 +10,9 @@ namespace tollan::engine {
 // Process attach: logger, thread-variable slots, the start-up chain.
 int32_t processAttach(void *moduleInstance) noexcept;
 // Process detach: the shutdown chain when the attach had succeeded.
-int32_t processDetach() noexcept;
+// othersStopped: the system has already stopped every other thread of the
+// process (Windows at process exit), so nothing is waited for.
+int32_t processDetach(bool othersStopped) noexcept;
 // A thread ends: frees its per-thread data of every library.
 int32_t threadDetach() noexcept;
 

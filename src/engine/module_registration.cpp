@@ -14,7 +14,7 @@ int32_t InitZORRTDll(void *module, const ZORRunStateCallback *callbacks) noexcep
     // Compiled modules rely on masked exceptions whether or not the library
     // could start.
     tollan::engine::maskX87Exceptions();
-    if (!lifecycle().initialised.load()) return 0;
+    if (!lifecycle().initialised.load() || lifecycle().detaching.load()) return 0;
     for (const ZORRunStateCallback *next = callbacks; next != nullptr && *next != nullptr; ++next)
         runStateTable().add(*next, module);  // a full table drops the callback silently
     runStateTable().start(module);

@@ -61,6 +61,8 @@ int32_t ZOR_OpenFile(const char *path, int32_t action, int32_t mode, int32_t typ
     if (const int32_t error = checkPath(path); error != ioerror::kNone) return failWith(error);
     uint32_t flags = 0;
     if (!openFlagsFor(action, mode, type, &flags)) return failWith(ioerror::kInvalidArgument);
+    tollan::services::GatePass pass(fileTableGate());
+    if (!pass) return failWith(kNotAvailable);
 
     tollan::platform::FileOpenRequest request;
     request.read = (flags & openflag::kRead) != 0;

@@ -5,6 +5,7 @@
 
 #include "fmtio/log_module.h"
 #include "logger/log.h"
+#include "services/library_gate.h"
 #include "services/resource_failure.h"
 
 namespace tollan::fmtio {
@@ -14,6 +15,8 @@ namespace {
 // briefly and never together with a slot's lock.
 platform::RecursiveLock *tableLock = nullptr;
 FileSlot *firstSlot = nullptr;
+// Every call that reaches the table passes here; shutdown closes it first.
+constinit services::LibraryGate gate;
 
 std::atomic<bool> commitOn{false};
 
@@ -51,30 +54,44 @@ FileSlot *findOpenSlot(int32_t handle) noexcept
 
 }  // namespace
 
+services::LibraryGate &fileTableGate() noexcept
+{
+    return gate;
+}
+
 bool createFileTable() noexcept
 {
     if (tableLock == nullptr) tableLock = new (std::nothrow) platform::RecursiveLock;
-    if (tableLock == nullptr)
+    if (tableLock == nullptr) {
         TOLLAN_RESOURCE_FAILURE(kLogModule, "FmtIOLibInitOnce", "no memory for the file table's lock");
-    return tableLock != nullptr;
+        return false;
+    }
+    gate.open();
+    return true;
 }
 
 void destroyFileTable() noexcept
 {
     if (tableLock == nullptr) return;
+    if (!gate.close(services::shutdownWaitMs())) {
+        // A call is still inside (waiting for input, say) and may hold a
+        // file's lock: the table stays as it is, and the system closes the
+        // files when the process ends.
+        TOLLAN_LOG(ZOR_LOG_WARNING, kLogModule, "FmtIOLibCleanup",
+                   "a file function is still running: files are left to the system");
+        return;
+    }
+    // No call is inside and none can come in: the slots are ours alone.
     int32_t handle = kFirstHandle;
     for (FileSlot *slot = firstSlot; slot != nullptr; slot = slot->next, ++handle) {
-        LockedFile file(handle);
-        if (!file) continue;
-        // A failed close still frees the slot; only a failed commit keeps it.
-        if (closeLockedFile(file) == platform::ioerror::kNone || !file) continue;
-        // The commit failed and left the file open; the library is going
-        // away, so it is closed all the same.
-        TOLLAN_LOG(ZOR_LOG_WARNING, kLogModule, "FmtIOLibCleanup",
-                   "could not commit file handle %d before closing it", handle);
-        const platform::NativeFile osFile = file->osFile;
-        file.release();
+        if (slot->inUse.load() != kSlotOpen) continue;
+        const platform::NativeFile osFile = slot->osFile;
+        if (commitMode() && (slot->openFlags & openflag::kWrite) != 0 &&
+            platform::flushFile(osFile) != platform::ioerror::kNone)
+            TOLLAN_LOG(ZOR_LOG_WARNING, kLogModule, "FmtIOLibCleanup",
+                       "could not commit file handle %d before closing it", handle);
         platform::closeFile(osFile);
+        slot->inUse.store(kSlotFree);
     }
     while (firstSlot != nullptr) {
         FileSlot *next = firstSlot->next;
@@ -106,8 +123,9 @@ int32_t attachFile(platform::NativeFile osFile, uint32_t openFlags) noexcept
     return position + kFirstHandle;
 }
 
-LockedFile::LockedFile(int32_t handle) noexcept
+LockedFile::LockedFile(int32_t handle) noexcept : pass_(gate)
 {
+    if (!pass_) return;
     FileSlot *slot = findOpenSlot(handle);
     if (slot == nullptr) return;
     slot->lock.lock();

@@ -8,6 +8,7 @@
 
 #include "platform/file.h"
 #include "platform/lock.h"
+#include "services/library_gate.h"
 
 namespace tollan::fmtio {
 
@@ -45,18 +46,25 @@ struct FileSlot {
 
 // Makes the table lock; false when it cannot be had.
 bool createFileTable() noexcept;
-// Closes every open file, committing written data first when commit mode is
-// on, then frees the slots and the table lock. Runs when no other thread uses
-// the library any more.
+// Closes the gate, waits for the calls inside to leave, then closes every open
+// file (committing written data first when commit mode is on) and frees the
+// slots and the table lock. When a call stays inside past the shutdown wait,
+// everything is left as it is.
 void destroyFileTable() noexcept;
 
 // Puts an open OS file into the first free slot, or a new slot at the end.
 // Returns its handle, or -1 when no slot can be had (the file stays open).
 int32_t attachFile(platform::NativeFile osFile, uint32_t openFlags) noexcept;
 
-// One operation's hold on an open file: looks the handle up under the table
-// lock, then holds the slot's lock until destroyed. Empty when the handle
-// names no open file.
+// The gate of every call that reaches the table. Once shutdown has begun the
+// table is gone: operations on a handle fail with I/O error 3 and opens with
+// 2 (kNotAvailable).
+services::LibraryGate &fileTableGate() noexcept;
+inline constexpr int32_t kNotAvailable = platform::ioerror::kGeneral;
+
+// One operation's hold on an open file: passes the table's gate, looks the
+// handle up under the table lock, then holds the slot's lock until destroyed.
+// Empty when the handle names no open file or the library has shut down.
 class LockedFile {
 public:
     explicit LockedFile(int32_t handle) noexcept;
@@ -73,6 +81,7 @@ public:
     void release() noexcept;
 
 private:
+    services::GatePass pass_;
     FileSlot *slot_ = nullptr;
 };
 

@@ -23,13 +23,4 @@ const char *KeptTexts::keep(const char *text) noexcept
     return node->text;
 }
 
-void KeptTexts::release() noexcept
-{
-    while (first_ != nullptr) {
-        Node *next = first_->next;
-        std::free(first_);
-        first_ = next;
-    }
-}
-
 }  // namespace tollan::logger

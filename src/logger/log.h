@@ -24,10 +24,6 @@ bool configuring() noexcept;
 void beginConfiguring() noexcept;
 void endConfiguring() noexcept;
 
-// Frees the templates that GetZORLogOutputFormat handed out; process detach
-// calls it last, when no caller can use them any more.
-void releaseHandedOutTemplates() noexcept;
-
 // ZORAssert for a fixed text: message (may be null) is written as it stands,
 // never read as a format.
 void reportAssertion(const char *expression, const char *file, const char *function, int32_t line,

@@ -34,13 +34,6 @@ void SetZORLogOutputFormat(const char *lineTemplate) noexcept
     logger.lineTemplate.assign(lineTemplate);
 }
 
-void tollan::logger::releaseHandedOutTemplates() noexcept
-{
-    LoggerState &logger = state();
-    std::lock_guard<tollan::platform::RecursiveLock> hold(logger.lock);
-    logger.handedOutTemplates.release();
-}
-
 const char *GetZORLogOutputFormat(void) noexcept
 {
     LoggerState &logger = state();
@@ -48,7 +41,7 @@ const char *GetZORLogOutputFormat(void) noexcept
     const char *current = logger.lineTemplate.text();
     if (current == tollan::logger::LineTemplate::kDefault) return current;
     // The caller keeps the pointer while other threads may change the
-    // template: it gets a copy that lives until process detach.
+    // template: it gets a copy that lives as long as the process.
     if (const char *kept = logger.handedOutTemplates.keep(current)) return kept;
     logger.lineTemplate.pin();
     return current;

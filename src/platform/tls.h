@@ -20,5 +20,11 @@ bool tlsSet(TlsIndex index, void *value) noexcept;
 using ThreadExitHandler = void (*)();
 ThreadExitHandler setThreadExitHandler(ThreadExitHandler handler) noexcept;
 void armThreadExit() noexcept;
+// The library is going away: threads that end from now on no longer call
+// into it (elsewhere than Windows the system would call the handler in code
+// that is no longer there), and the calling thread's own storage is freed.
+// Returns once no thread is still running its exit handling. Threads still
+// alive keep their storage, as on Windows. Slots can be used again after it.
+void stopThreadExitNotifications() noexcept;
 
 }  // namespace tollan::platform

@@ -3,6 +3,7 @@
 // pointer-sized cells. The library uses one instance; tests make their own.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 #include "platform/tls.h"
@@ -33,15 +34,17 @@ public:
     // Frees the calling thread's block of cells (not what the cells point to).
     void freeThreadBlock() noexcept;
 
-    bool indexAllocated() const noexcept { return indexAllocated_; }
+    bool indexAllocated() const noexcept { return indexAllocated_.load(std::memory_order_acquire); }
     int32_t nextSlot() const noexcept { return nextSlot_; }
     uint8_t users() const noexcept { return users_; }
 
 private:
     void **block(const char *function) noexcept;
 
-    platform::TlsIndex index_ = 0;
-    bool indexAllocated_ = false;
+    // Changed only at start-up and shutdown, but read by every thread, also by
+    // threads still running while the process goes down.
+    std::atomic<platform::TlsIndex> index_{0};
+    std::atomic<bool> indexAllocated_{false};
     int32_t nextSlot_ = 1;
     uint8_t users_ = 0;
 };

@@ -37,12 +37,14 @@ int32_t ThreadVarScheme::initialize(int32_t *slot) noexcept
         TOLLAN_ASSERT_FAILED("slot != NULL", kModule, "InitializeZORThreadVar");
         return 0;
     }
-    if (!indexAllocated_) {
-        if (!platform::tlsAlloc(&index_)) {
+    if (!indexAllocated_.load()) {
+        platform::TlsIndex index = 0;
+        if (!platform::tlsAlloc(&index)) {
             setStartupFailure();
             return 0;
         }
-        indexAllocated_ = true;
+        index_.store(index);
+        indexAllocated_.store(true);
     }
     *slot = nextSlot_++;
     ++users_;
@@ -51,12 +53,12 @@ int32_t ThreadVarScheme::initialize(int32_t *slot) noexcept
 
 void **ThreadVarScheme::block(const char *function) noexcept
 {
-    if (!indexAllocated_) return nullptr;
-    auto **cells = static_cast<void **>(platform::tlsGet(index_));
+    if (!indexAllocated_.load(std::memory_order_acquire)) return nullptr;
+    auto **cells = static_cast<void **>(platform::tlsGet(index_.load(std::memory_order_relaxed)));
     if (cells != nullptr) return cells;
     cells = static_cast<void **>(allocThreadData(kCells * sizeof(void *)));
     if (cells == nullptr) return nullptr;
-    if (!platform::tlsSet(index_, cells)) {
+    if (!platform::tlsSet(index_.load(std::memory_order_relaxed), cells)) {
         TOLLAN_LOG(ZOR_LOG_WARNING, kModule, function, "Could not store the thread's variable block");
         freeThreadData(cells);
         return nullptr;
@@ -95,24 +97,25 @@ void ThreadVarScheme::uninitialize(int32_t slot) noexcept
         TOLLAN_LOG(ZOR_LOG_ERROR, kModule, "UninitializeZORThreadVar",
                    "UnitializeZORThreadVar called too many times");
     --users_;
-    if (users_ == 0 && indexAllocated_) {
+    if (users_ == 0 && indexAllocated_.load()) {
         freeThreadBlock();
-        platform::tlsFree(index_);
-        indexAllocated_ = false;
+        indexAllocated_.store(false);
+        platform::tlsFree(index_.load());
         nextSlot_ = 1;
     }
 }
 
 bool ThreadVarScheme::threadHasBlock() const noexcept
 {
-    return indexAllocated_ && platform::tlsGet(index_) != nullptr;
+    return indexAllocated_.load(std::memory_order_acquire) &&
+           platform::tlsGet(index_.load(std::memory_order_relaxed)) != nullptr;
 }
 
 void ThreadVarScheme::freeThreadBlock() noexcept
 {
-    if (!indexAllocated_) return;
-    freeThreadData(platform::tlsGet(index_));
-    platform::tlsSet(index_, nullptr);
+    if (!indexAllocated_.load(std::memory_order_acquire)) return;
+    freeThreadData(platform::tlsGet(index_.load(std::memory_order_relaxed)));
+    platform::tlsSet(index_.load(std::memory_order_relaxed), nullptr);
 }
 
 void *allocThreadData(size_t bytes) noexcept

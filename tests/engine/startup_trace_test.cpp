@@ -15,6 +15,7 @@
 #include "fixtures/log_capture.h"
 #include "fixtures/settings_writer.h"
 #include "platform/system.h"
+#include "probes.h"
 
 namespace {
 
@@ -34,15 +35,6 @@ std::vector<std::string> splitLines(const std::string &text)
         lines.push_back(line);
     }
     return lines;
-}
-
-// The probe sits beside this test program.
-std::string probePath()
-{
-    char self[1024];
-    const size_t length = tollan::platform::mainProgramFileName(self, sizeof self);
-    std::string path(self, length);
-    return path.substr(0, path.find_last_of("/\\") + 1) + TOLLAN_STARTUP_PROBE_NAME;
 }
 
 #ifdef _WIN32
@@ -131,7 +123,7 @@ TEST(StartupTrace, AttachThreadDetachAndDetachLinesComeInOrder)
     {
         LoggerSettings settings(logFile);
         ASSERT_TRUE(settings.ready());
-        const std::string command = settings.environment() + probePath() + " > " + outputFile;
+        const std::string command = settings.environment() + probePath("startup_probe") + " > " + outputFile;
         status = std::system(command.c_str());
     }
     EXPECT_EQ(status, 0);

@@ -29,7 +29,9 @@ __attribute__((constructor)) void libraryLoaded()
 
 __attribute__((destructor)) void libraryUnloaded()
 {
-    tollan::engine::processDetach();
+    // Whether the process exits or the library is unloaded, other threads
+    // may still be running.
+    tollan::engine::processDetach(false);
 }
 
 }  // namespace

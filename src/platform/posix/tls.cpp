@@ -11,6 +11,8 @@
 #include <cstdlib>
 #include <mutex>
 
+#include "platform/thread.h"
+
 namespace tollan::platform {
 
 namespace {
@@ -36,14 +38,25 @@ std::atomic<bool> slotInUse[kMaxSlots];
 std::atomic<uint32_t> slotGeneration[kMaxSlots];
 
 std::atomic<ThreadExitHandler> exitHandler{nullptr};
+// Guards the key's creation and deletion; lookups read tableKeyReady alone.
+std::mutex keyMutex;
 pthread_key_t tableKey;
-pthread_once_t tableKeyOnce = PTHREAD_ONCE_INIT;
-bool tableKeyReady = false;
+std::atomic<bool> tableKeyReady{false};
+// Threads running endThread right now: unloading waits for them to leave
+// the library's code.
+std::atomic<int> exitsRunning{0};
 
 thread_local ThreadTable *threadTable = nullptr;
 
+void freeTable(ThreadTable *table) noexcept
+{
+    std::free(table->cells);
+    std::free(table);
+}
+
 void endThread(void *value) noexcept
 {
+    exitsRunning.fetch_add(1);
     auto *table = static_cast<ThreadTable *>(value);
     if (table->armed) {
         table->armed = false;
@@ -51,13 +64,17 @@ void endThread(void *value) noexcept
     }
     // The handler may have stored values again; they end with the table.
     threadTable = nullptr;
-    std::free(table->cells);
-    std::free(table);
+    freeTable(table);
+    exitsRunning.fetch_sub(1);
 }
 
-void createTableKey() noexcept
+bool haveTableKey() noexcept
 {
-    tableKeyReady = pthread_key_create(&tableKey, endThread) == 0;
+    if (tableKeyReady.load(std::memory_order_acquire)) return true;
+    std::lock_guard guard(keyMutex);
+    if (!tableKeyReady.load(std::memory_order_relaxed) && pthread_key_create(&tableKey, endThread) == 0)
+        tableKeyReady.store(true, std::memory_order_release);
+    return tableKeyReady.load(std::memory_order_relaxed);
 }
 
 // The calling thread's table with room for slot `index`; null when memory or
@@ -67,8 +84,7 @@ ThreadTable *tableFor(TlsIndex index) noexcept
     ThreadTable *table = threadTable;
     if (table && index < table->capacity) return table;
     if (!table) {
-        pthread_once(&tableKeyOnce, createTableKey);
-        if (!tableKeyReady) return nullptr;
+        if (!haveTableKey()) return nullptr;
         table = static_cast<ThreadTable *>(std::calloc(1, sizeof(ThreadTable)));
         if (!table) return nullptr;
         if (pthread_setspecific(tableKey, table) != 0) {
@@ -136,6 +152,24 @@ ThreadExitHandler setThreadExitHandler(ThreadExitHandler handler) noexcept
 void armThreadExit() noexcept
 {
     if (ThreadTable *table = tableFor(0)) table->armed = true;
+}
+
+void stopThreadExitNotifications() noexcept
+{
+    {
+        std::lock_guard guard(keyMutex);
+        if (!tableKeyReady.exchange(false)) return;
+        // From here on no ending thread calls into the library; the tables of
+        // threads still alive are left to them, as Windows leaves a thread's
+        // storage when a library goes away before the thread.
+        pthread_key_delete(tableKey);
+    }
+    if (ThreadTable *own = threadTable) {
+        threadTable = nullptr;
+        freeTable(own);
+    }
+    // A thread that began ending just before is still in endThread.
+    for (int waited = 0; exitsRunning.load() != 0 && waited < 1000; ++waited) sleepMs(1);
 }
 
 }  // namespace tollan::platform

@@ -43,6 +43,9 @@ ThreadExitHandler setThreadExitHandler(ThreadExitHandler handler) noexcept
 
 void armThreadExit() noexcept {}
 
+// The loader stops sending thread detach to a library it unloads.
+void stopThreadExitNotifications() noexcept {}
+
 void win32::runThreadExitHandler() noexcept
 {
     if (auto handler = exitHandler.load(std::memory_order_acquire)) handler();

@@ -29,6 +29,7 @@ check-linux:
 	$(CMAKE) --preset linux >/dev/null
 	$(CMAKE) --build --preset linux -j $(JOBS)
 	ctest --preset linux
+	scripts/check-named-objects
 
 check-windows: windows
 	ctest --preset windows
@@ -43,11 +44,13 @@ asan: deps-check
 	$(CMAKE) --preset asan >/dev/null
 	$(CMAKE) --build --preset asan -j $(JOBS)
 	ctest --preset asan
+	scripts/check-named-objects
 
 tsan: deps-check
 	$(CMAKE) --preset tsan >/dev/null
 	$(CMAKE) --build --preset tsan -j $(JOBS)
 	ctest --preset tsan
+	scripts/check-named-objects
 
 bench: deps-bench
 	$(CMAKE) --preset bench >/dev/null

@@ -4,6 +4,9 @@
 #include "engine/engine_state.h"
 #include "engine/step_runner.h"
 #include "logger/log.h"
+#include "engine/detached_marker.h"
+#include "platform/shared_memory.h"
+#include "platform/system.h"
 #include "platform/thread.h"
 #include "platform/tls.h"
 #include "services/library_gate.h"
@@ -16,6 +19,19 @@ namespace {
 
 constexpr TraceSite kDllMain{ZOR_LOG_DLLMAIN, "mgsource/window", "DllMain"};
 
+// How many named objects of ended processes each start-up and shutdown
+// removes at most: enough to keep up with killed programs, few enough to
+// keep start-up fast however many there are.
+constexpr int kStaleObjectSweep = 32;
+
+// A child of fork() that uses the library names its objects after its own
+// process id; the parent's stay the parent's.
+void afterFork() noexcept
+{
+    if (services::lifecycle().initialised.load() && !services::lifecycle().detaching.load())
+        SetupZORRTEHasBeenDetachedShmem();
+}
+
 int32_t returning(int32_t result) noexcept
 {
     TOLLAN_LOG(kDllMain.level, kDllMain.module, kDllMain.function, "Returning %d", result);
@@ -27,6 +43,8 @@ int32_t returning(int32_t result) noexcept
 int32_t processAttach(void *moduleInstance) noexcept
 {
     state.moduleInstance = moduleInstance;
+    platform::removeStaleNamedObjects(kStaleObjectSweep);
+    platform::setForkChildHandler(afterFork);
     ConfigureZORLoggerOnce();
     TOLLAN_LOG(kDllMain.level, kDllMain.module, kDllMain.function, "DLL_PROCESS_ATTACH");
     if (const StartupStep *failed = runStage(startupSteps(), Stage::processAttach, kDllMain)) {
@@ -48,6 +66,7 @@ int32_t processDetach(bool othersStopped) noexcept
     }
     runCleanups(startupSteps(), CleanupPhase::afterClose);
     platform::stopThreadExitNotifications();
+    platform::removeStaleNamedObjects(kStaleObjectSweep);
     return returning(1);
 }
 

@@ -18,4 +18,10 @@ public:
     virtual size_t size() const noexcept = 0;
 };
 
+// Removes up to `limit` named objects (mappings, events, mutexes) of this
+// user whose creating process has ended without removing them (it was
+// killed). Windows' kernel objects end with their last process, so there is
+// nothing to do there.
+void removeStaleNamedObjects(int limit) noexcept;
+
 }  // namespace tollan::platform

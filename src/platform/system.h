@@ -24,5 +24,8 @@ void systemErrorText(int code, char *buffer, size_t size) noexcept;
 int beep() noexcept;
 // ExitProcess.
 [[noreturn]] void exitProcess(int code) noexcept;
+// Has `handler` run in the child process after every fork() (there is no
+// fork on Windows). Set once per load of the library.
+void setForkChildHandler(void (*handler)()) noexcept;
 
 }  // namespace tollan::platform

@@ -31,7 +31,8 @@ TEST(Lifecycle, UnloadingWhileThreadsThatUsedItLiveIsSafeCycleAfterCycle)
 {
     // Each cycle loads the library, lets a thread store a thread variable,
     // unloads the library and only then lets the thread end.
-    EXPECT_EQ(run(probePath("unload_probe") + " " + TOLLAN_LIBRARY_FOR_PROBES + " " + std::to_string(kUnloadCycles)),
+    EXPECT_EQ(run(probePath("unload_probe") + " " + TOLLAN_LIBRARY_FOR_PROBES + " " +
+                  std::to_string(kUnloadCycles)),
               0);
 }
 

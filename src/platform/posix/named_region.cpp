@@ -1,5 +1,6 @@
 #include "platform/posix/named_region.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/mman.h>
@@ -180,14 +181,41 @@ NamedRegion::NamedRegion(std::string objectName, void *base, size_t mappedSize, 
       base_(base),
       mappedSize_(mappedSize),
       payload_(static_cast<char *>(base) + kHeaderSize),
-      created_(created)
+      created_(created),
+      ownerPid_(static_cast<int>(getpid()))
 {
 }
 
 NamedRegion::~NamedRegion()
 {
     if (!keepMapped_) munmap(base_, mappedSize_);
-    if (created_) shm_unlink(objectName_.c_str());
+    // A child of the creator holds the region through fork: the name stays
+    // for the creator to remove.
+    if (created_ && ownerPid_ == static_cast<int>(getpid())) shm_unlink(objectName_.c_str());
+}
+
+void removeStaleRegions(int limit) noexcept
+{
+    // The shared-memory objects are the files of /dev/shm.
+    const std::string prefix = "tollan." + std::to_string(getuid()) + ".";
+    DIR *directory = opendir("/dev/shm");
+    if (directory == nullptr) return;
+    for (int examined = 0; examined < limit;) {
+        const dirent *entry = readdir(directory);
+        if (entry == nullptr) break;
+        if (std::strncmp(entry->d_name, prefix.c_str(), prefix.size()) != 0) continue;
+        ++examined;
+        const std::string objectName = std::string("/") + entry->d_name;
+        const int fd = shm_open(objectName.c_str(), O_RDONLY, 0);
+        if (fd < 0) continue;
+        RegionHeader header{};
+        const bool read = pread(fd, &header, sizeof header, 0) == static_cast<ssize_t>(sizeof header);
+        close(fd);
+        // A region still being sized has no header yet; its creator is alive.
+        if (read && header.magic == kRegionMagic && !processAlive(header.creatorPid))
+            shm_unlink(objectName.c_str());
+    }
+    closedir(directory);
 }
 
 }  // namespace tollan::platform::posix

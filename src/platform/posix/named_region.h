@@ -2,8 +2,10 @@
 // Windows (events, mutexes, file mappings), visible to every process of the
 // same user. The object "/tollan.<uid>.<name>" ('/' and '\' in the name become
 // '_', mode 0600) holds a small header followed by the payload. The process
-// that created it removes the name when it closes it; a region whose creator
-// has died is removed by the next process that asks for the name.
+// that created it removes the name when it closes it (a child that inherited
+// the region through fork never does); a region whose creator has died is
+// removed by the next process that asks for the name, and by the sweeps at
+// every start-up and shutdown of the library.
 #pragma once
 
 #include <cstddef>
@@ -48,10 +50,14 @@ private:
     size_t mappedSize_;
     void *payload_;
     bool created_;
+    int ownerPid_;  // the process that created it
     bool keepMapped_ = false;
 };
 
 // The shared-memory object name for `name`; empty when the name is unusable.
 std::string regionObjectName(const char *name);
+
+// Removes up to `limit` of this user's regions whose creator has ended.
+void removeStaleRegions(int limit) noexcept;
 
 }  // namespace tollan::platform::posix

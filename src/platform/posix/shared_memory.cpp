@@ -60,6 +60,11 @@ std::unique_ptr<SharedMemory> SharedMemory::create(const char *name, size_t size
     return mapping;
 }
 
+void removeStaleNamedObjects(int limit) noexcept
+{
+    posix::removeStaleRegions(limit);
+}
+
 std::unique_ptr<SharedMemory> SharedMemory::open(const char *name, size_t size) noexcept
 {
     if (!name || size == 0) return nullptr;

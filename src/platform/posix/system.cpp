@@ -2,6 +2,7 @@
 #include "platform/system.h"
 
 #include <dlfcn.h>
+#include <pthread.h>
 #include <fcntl.h>
 #include <sys/utsname.h>
 #include <unistd.h>
@@ -134,6 +135,12 @@ int beep() noexcept
 void exitProcess(int code) noexcept
 {
     std::exit(code);
+}
+
+void setForkChildHandler(void (*handler)()) noexcept
+{
+    // glibc forgets the handlers of a library when it is unloaded.
+    pthread_atfork(nullptr, nullptr, handler);
 }
 
 }  // namespace tollan::platform

@@ -32,14 +32,7 @@ struct PendingEvent {
 
 class TimerThread {
 public:
-    TimerThread() noexcept
-    {
-        pthread_condattr_t attributes;
-        pthread_condattr_init(&attributes);
-        pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC);
-        pthread_cond_init(&changed_, &attributes);
-        pthread_condattr_destroy(&attributes);
-    }
+    TimerThread() noexcept { initCondition(); }
 
     uint32_t add(uint32_t delayMs, TimerEventTarget *target, bool periodic) noexcept
     {
@@ -80,7 +73,27 @@ public:
         return found;
     }
 
+    void lockForFork() noexcept { pthread_mutex_lock(&mutex_); }
+    void unlockAfterFork() noexcept { pthread_mutex_unlock(&mutex_); }
+    void resetInChild() noexcept
+    {
+        events_.clear();
+        running_ = false;
+        pthread_cond_destroy(&changed_);
+        initCondition();
+        pthread_mutex_unlock(&mutex_);
+    }
+
 private:
+    void initCondition() noexcept
+    {
+        pthread_condattr_t attributes;
+        pthread_condattr_init(&attributes);
+        pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC);
+        pthread_cond_init(&changed_, &attributes);
+        pthread_condattr_destroy(&attributes);
+    }
+
     // Ids count up from 1, skipping 0 and the ids still pending.
     uint32_t unusedId() noexcept
     {
@@ -150,12 +163,35 @@ private:
     bool running_ = false;
 };
 
+TimerThread *instance = nullptr;
+
+// A child of fork() has no timer thread and starts without pending events;
+// the lock is held across the fork so that the child gets it whole.
+void beforeFork() noexcept
+{
+    instance->lockForFork();
+}
+
+void afterForkInParent() noexcept
+{
+    instance->unlockAfterFork();
+}
+
+void afterForkInChild() noexcept
+{
+    instance->resetInChild();
+}
+
 // Lives as long as the process: the detached thread may still be leaving
 // while static objects are destroyed.
 TimerThread *timerThread() noexcept
 {
-    static TimerThread *const instance = new (std::nothrow) TimerThread;
-    return instance;
+    static TimerThread *const made = [] {
+        instance = new (std::nothrow) TimerThread;
+        if (instance != nullptr) pthread_atfork(beforeFork, afterForkInParent, afterForkInChild);
+        return instance;
+    }();
+    return made;
 }
 
 }  // namespace

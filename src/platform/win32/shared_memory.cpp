@@ -60,4 +60,6 @@ std::unique_ptr<SharedMemory> SharedMemory::open(const char *name, size_t size) 
     return mapView(OpenFileMappingA(FILE_MAP_ALL_ACCESS, FALSE, name), size);
 }
 
+void removeStaleNamedObjects(int) noexcept {}
+
 }  // namespace tollan::platform

@@ -88,4 +88,6 @@ void exitProcess(int code) noexcept
     ExitProcess(static_cast<UINT>(code));
 }
 
+void setForkChildHandler(void (*)()) noexcept {}
+
 }  // namespace tollan::platform

@@ -43,7 +43,8 @@ bool load(const char *path, Library *library)
     library->handle = dlopen(path, RTLD_NOW | RTLD_LOCAL);
 #endif
     if (library->handle == nullptr) return false;
-    library->initialize = reinterpret_cast<InitializeFunction>(symbol(library->handle, "InitializeZORThreadVar"));
+    library->initialize =
+        reinterpret_cast<InitializeFunction>(symbol(library->handle, "InitializeZORThreadVar"));
     library->get = reinterpret_cast<GetFunction>(symbol(library->handle, "GetZORThreadVarValue"));
     library->set = reinterpret_cast<SetFunction>(symbol(library->handle, "SetZORThreadVarValue"));
     return library->initialize && library->get && library->set;

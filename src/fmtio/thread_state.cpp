@@ -9,8 +9,10 @@ namespace {
 
 constinit services::ThreadRecordSlot blockSlot;
 
-// Used by threads whose own block could not be made.
-constinit ThreadBlock fallbackBlock{};
+// Used by a thread whose own block could not be made (no memory, or the
+// library has shut down while the thread still calls it): one per thread,
+// so that threads never share an error.
+constinit thread_local ThreadBlock fallbackBlock{};
 
 }  // namespace
 

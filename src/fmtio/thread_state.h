@@ -14,8 +14,8 @@ struct ThreadBlock {
 };
 
 // The calling thread's block, made (zero-filled) on first use. When no block
-// can be had (no memory, or the library's thread slot is not set up) all such
-// threads share one fallback block.
+// can be had (no memory, or the library's thread slot is not set up) the
+// thread uses a fallback block of its own.
 ThreadBlock &threadBlock() noexcept;
 
 inline void setIoError(int32_t code) noexcept

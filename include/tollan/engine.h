@@ -75,16 +75,17 @@ TOLLAN_API int32_t UsingTollanDll(void) TOLLAN_NOEXCEPT;
 /* Always 1: the kind of run-time support library in use. */
 TOLLAN_API int32_t WhichRuntimeSupportDll(void) TOLLAN_NOEXCEPT;
 /*
- * 1 when the environment's debugger is attached to the program, else 0.
- * This library has no debugger link, so the answer is always 0.
+ * 1 when the environment's debugger (on POSIX, tollan-monitor) is attached to
+ * the program: it made the program's shared information block. Else 0.
  */
 TOLLAN_API int32_t BeingDebuggedByZOR(void) TOLLAN_NOEXCEPT;
 
 /*
- * Registers (unregisters) a clean-up that the IDE's debug interface runs
- * when the program ends. The arguments are handed to the debug interface
- * unchanged. Without a debugger link there is no debug interface to take the
- * registration: both return 0, meaning "not registered", and nothing runs.
+ * Registers (unregisters) a clean-up that the debug interface runs when the
+ * library shuts down, the last registered first: a is the function, a
+ * void (*)(intptr_t, intptr_t, intptr_t), and b, c, d its arguments.
+ * Unregistering names the same four. Both return 1, or 0 when nothing was
+ * registered (a is NULL, no memory) or found.
  */
 TOLLAN_API intptr_t __RegisterAtExitCleanup(intptr_t a, intptr_t b, intptr_t c, intptr_t d) TOLLAN_NOEXCEPT;
 TOLLAN_API intptr_t __UnregisterAtExitCleanup(intptr_t a, intptr_t b, intptr_t c, intptr_t d) TOLLAN_NOEXCEPT;

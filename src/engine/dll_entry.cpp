@@ -4,6 +4,7 @@
 #include "engine/engine_state.h"
 #include "engine/step_runner.h"
 #include "logger/log.h"
+#include "debugger/library.h"
 #include "engine/detached_marker.h"
 #include "platform/shared_memory.h"
 #include "platform/system.h"
@@ -42,7 +43,7 @@ int32_t returning(int32_t result) noexcept
 
 int32_t processAttach(void *moduleInstance) noexcept
 {
-    state.moduleInstance = moduleInstance;
+    services::lifecycle().moduleInstance = moduleInstance;
     platform::removeStaleNamedObjects(kStaleObjectSweep);
     platform::setForkChildHandler(afterFork);
     ConfigureZORLoggerOnce();
@@ -74,7 +75,10 @@ int32_t threadDetach() noexcept
 {
     TOLLAN_LOG(kDllMain.level, kDllMain.module, kDllMain.function, "DLL_THREAD_DETACH: thread %d",
                static_cast<int>(platform::currentThreadId()));
+    debugger::threadEnds();
     if (services::threadHasBlock()) runThreadCleanups(startupSteps());
+    // Released again whether or not the thread had thread variables.
+    debugger::releaseThreadState();
     services::threadVars().freeThreadBlock();
     return returning(1);
 }

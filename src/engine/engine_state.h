@@ -8,7 +8,6 @@
 namespace tollan::engine {
 
 struct EngineState {
-    void *moduleInstance = nullptr;             // the library's own handle
     void *applicationInstance = nullptr;        // the host executable's handle
     void *windowApplicationInstance = nullptr;  // the copy the window code keeps
     int32_t showWindowCode = 0;

@@ -1,6 +1,7 @@
 #include "engine/frame_steps.h"
 
 #include "engine/engine_state.h"
+#include "debugger/library.h"
 #include "engine/host_module.h"
 #include "platform/thread.h"
 #include "services/lifecycle.h"
@@ -18,6 +19,20 @@ bool QXInitMainThreadId() noexcept
 bool rememberHostModule() noexcept
 {
     if (hostModule().remember()) return true;
+    services::setStartupFailure();
+    return false;
+}
+
+bool initializeDebugLink() noexcept
+{
+    if (debugger::ZORDebugInitialize()) return true;
+    services::setStartupFailure();
+    return false;
+}
+
+bool initializeDebugChannel() noexcept
+{
+    if (debugger::CdbInitialize()) return true;
     services::setStartupFailure();
     return false;
 }

@@ -7,6 +7,9 @@ namespace tollan::engine {
 bool QXInitMainThreadId() noexcept;
 // Remembers the host program's handle and file name.
 bool rememberHostModule() noexcept;
+// The debugger link's steps; a failure marks the start-up as failed.
+bool initializeDebugLink() noexcept;
+bool initializeDebugChannel() noexcept;
 // Makes the C library's four shared locks, then sets the async-protection
 // flag, which makes WExitApp act at shutdown. False when a lock cannot be made.
 bool InitAsyncAndMTProtection() noexcept;

@@ -1,6 +1,8 @@
 // Small exported queries about the run-time situation.
 #include <tollan/engine.h>
 
+#include "debugger/channel.h"
+#include "debugger/runtime_record.h"
 #include "platform/system.h"
 #include "services/lifecycle.h"
 
@@ -19,12 +21,12 @@ int32_t __IsRTEStillLoaded(void) noexcept
 
 int32_t __SimulateRTShuttingDown(void) noexcept
 {
-    return lifecycle().simulateShuttingDown.load();
+    return tollan::debugger::simulateShuttingDownRequested();
 }
 
 int32_t StartupLibraryInit(void) noexcept
 {
-    return lifecycle().startupLibraryRefused.load() ? 0 : 1;
+    return tollan::debugger::startupLibraryRefused() ? 0 : 1;
 }
 
 void StartupLibraryCleanup(void) noexcept {}
@@ -44,21 +46,21 @@ int32_t WhichRuntimeSupportDll(void) noexcept
     return 1;
 }
 
-// There is no debugger link in this library: no debugger shared memory can be
-// attached and no debug interface can say otherwise.
 int32_t BeingDebuggedByZOR(void) noexcept
 {
-    return 0;
+    return tollan::debugger::sharedInfoBlock() != nullptr ? 1 : 0;
 }
 
-// The debug interface that would take these registrations comes with the
-// debugger link, which this library does not have: nothing is registered.
-intptr_t __RegisterAtExitCleanup(intptr_t, intptr_t, intptr_t, intptr_t) noexcept
+// Handed on unchanged, with a fifth argument 0, to the debug interface of the
+// run-time record; 0 (not registered) without one.
+intptr_t __RegisterAtExitCleanup(intptr_t a, intptr_t b, intptr_t c, intptr_t d) noexcept
 {
-    return 0;
+    tollan::debugger::RuntimeRecord *record = tollan::debugger::runtimeRecord();
+    return record != nullptr ? record->registerAtExitCleanup(a, b, c, d, 0) : 0;
 }
 
-intptr_t __UnregisterAtExitCleanup(intptr_t, intptr_t, intptr_t, intptr_t) noexcept
+intptr_t __UnregisterAtExitCleanup(intptr_t a, intptr_t b, intptr_t c, intptr_t d) noexcept
 {
-    return 0;
+    tollan::debugger::RuntimeRecord *record = tollan::debugger::runtimeRecord();
+    return record != nullptr ? record->unregisterAtExitCleanup(a, b, c, d, 0) : 0;
 }

@@ -23,6 +23,7 @@
 #include "engine/frame_steps.h"
 #include "engine/init_chain.h"
 #include "engine/library_slot.h"
+#include "debugger/library.h"
 #include "fmtio/library.h"
 #include "services/character_classes.h"
 #include "services/memory.h"
@@ -77,10 +78,32 @@ constexpr StartupStep kSteps[] = {
     {.name = "InstallDefaultListAllocator",
      .stage = Stage::initApp,
      .initOnce = cannotFail<support::installDefaultListAllocator>},
+    {.name = "ZORDebugInitialize",
+     .stage = Stage::initApp,
+     .initOnce = initializeDebugLink,
+     .failureCode = kDebugLinkFailed,
+     .cleanup = {CleanupPhase::exitApp, cleanup_rank::threadSynchronisation,
+                 debugger::closeThreadSynchronisation}},
     {.name = "HostModule",
      .stage = Stage::initApp,
      .initOnce = rememberHostModule,
+     .trace = "ZORDebugInitialize returned",
      .failureCode = kDebugLinkFailed},
+    {.name = "CdbInitialize",
+     .stage = Stage::initApp,
+     .initOnce = initializeDebugChannel,
+     .trace = "CdbInitialize returned",
+     .failureCode = kDebugLinkFailed,
+     .cleanup = {CleanupPhase::exitApp, cleanup_rank::debuggerSide, debugger::closeDebuggerSide}},
+    // Clean-ups only: the debug channel, and the thread-state records' index
+    // once the async protection is undone.
+    {.name = "DebugChannel",
+     .stage = Stage::initApp,
+     .cleanup = {CleanupPhase::exitApp, cleanup_rank::debugChannel, debugger::disconnectChannel}},
+    {.name = "ThreadEnvironmentIndex",
+     .stage = Stage::initApp,
+     .cleanup = {CleanupPhase::protection, cleanup_rank::threadEnvironmentIndex,
+                 debugger::freeThreadEnvIndex}},
     {.name = "SetupPCTimer",
      .stage = Stage::initApp,
      .initOnce = cannotFail<timing::SetupPCTimer>,
@@ -104,6 +127,13 @@ constexpr StartupStep kSteps[] = {
      .initOnce = stdc::InitTimeLib,
      .trace = "InitTimeLib returned",
      .failureCode = kTimeLibraryFailed},
+    {.name = "InitExecutionThreadVars",
+     .stage = Stage::runtimeLibraries,
+     .initOnce = debugger::InitExecutionThreadVars,
+     .trace = "InitExecutionThreadVars returned",
+     .failureCode = kLibraryInitFailed,
+     .cleanup = {CleanupPhase::libraries, cleanup_rank::threadStates, debugger::releaseExecutionThreadVars},
+     .threadCleanup = {thread_cleanup_rank::threadState, debugger::releaseThreadState}},
     {.name = "FmtIOLibInitOnce",
      .stage = Stage::runtimeLibraries,
      .initOnce = fmtio::FmtIOLibInitOnce,

@@ -50,8 +50,10 @@ inline constexpr uint8_t debugChannel = 30;
 inline constexpr uint8_t threadSynchronisation = 40;
 inline constexpr uint8_t remoteLink = 50;
 inline constexpr uint8_t rs232 = 60;
-// The async protection's own flag goes after every lock it covers.
+// The async protection's own flag goes after every lock it covers; the
+// thread-state records' index goes after that.
 inline constexpr uint8_t asyncProtectionFlag = 100;
+inline constexpr uint8_t threadEnvironmentIndex = 110;
 }  // namespace cleanup_rank
 
 // Positions of the per-thread clean-ups at thread detach (ascending).

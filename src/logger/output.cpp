@@ -4,7 +4,7 @@
 
 #include <tollan/logger.h>
 
-#include "platform/system.h"
+#include "platform/debugger.h"
 
 namespace tollan::logger {
 

@@ -16,8 +16,6 @@ size_t mainProgramFileName(char *buffer, size_t size) noexcept;
 int startupShowWindowCode() noexcept;
 // RegisterWindowMessageA; process-local ids from 0xC000 up where there are no windows.
 uint32_t registerWindowMessage(const char *name) noexcept;
-// OutputDebugStringA.
-void debugOutput(const char *text) noexcept;
 // The text of a system error code (FormatMessageA / strerror_r).
 void systemErrorText(int code, char *buffer, size_t size) noexcept;
 // MessageBeep(0); the terminal bell elsewhere.

@@ -20,11 +20,8 @@ struct Lifecycle {
     std::atomic<bool> exitingAbnormally{false};
     // The user stopped the program with a break from the debugger.
     std::atomic<bool> endedByUserBreak{false};
-    // Set by the debug channel on the IDE's request; nothing sets them while
-    // the library runs without one.
-    std::atomic<int32_t> simulateShuttingDown{0};
-    std::atomic<bool> startupLibraryRefused{false};
     // Written once on the loading thread, before any other thread can ask.
+    void *moduleInstance = nullptr;  // the library's own handle
     uint32_t mainThreadId = 0;
     bool platformDetected = false;
     uint32_t osMajorVersion = 0;

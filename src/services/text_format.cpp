@@ -292,6 +292,15 @@ PointerText pointerText(const void *pointer) noexcept
     return out;
 }
 
+int formatTextInto(char *buffer, size_t size, const char *format, ...) noexcept
+{
+    va_list args;
+    va_start(args, format);
+    const int length = formatText(buffer, size, format, args);
+    va_end(args);
+    return length;
+}
+
 int formatText(char *buffer, size_t size, const char *format, va_list args) noexcept
 {
     if (!hasPointerConversion(format)) return std::vsnprintf(buffer, size, format, args);

@@ -24,5 +24,7 @@ PointerText pointerText(const void *pointer) noexcept;
 // handle. Width and the '-' flag apply to %p; other flags and a precision do
 // not.
 int formatText(char *buffer, size_t size, const char *format, va_list args) noexcept TOLLAN_PRINTF(3, 0);
+// The same with the arguments listed.
+int formatTextInto(char *buffer, size_t size, const char *format, ...) noexcept TOLLAN_PRINTF(3, 4);
 
 }  // namespace tollan::services

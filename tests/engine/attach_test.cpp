@@ -81,7 +81,21 @@ TEST(Queries, AnswerForAStandaloneProgramWithoutDebugger)
     EXPECT_EQ(UsingTollanDll(), 1);
     EXPECT_EQ(WhichRuntimeSupportDll(), 1);
     EXPECT_EQ(BeingDebuggedByZOR(), 0);
-    EXPECT_EQ(__RegisterAtExitCleanup(1, 2, 3, 4), 0);
+}
+
+void cleanupNeverRun(intptr_t, intptr_t, intptr_t)
+{
+    ADD_FAILURE() << "an unregistered clean-up ran";
+}
+
+TEST(Queries, AtExitCleanUpsAreRegisteredWithTheDebugInterfaceAndCanBeTakenBack)
+{
+    const auto function = reinterpret_cast<intptr_t>(&cleanupNeverRun);
+    EXPECT_EQ(__RegisterAtExitCleanup(0, 1, 2, 3), 0);
+    EXPECT_EQ(__RegisterAtExitCleanup(function, 1, 2, 3), 1);
+    EXPECT_EQ(__UnregisterAtExitCleanup(function, 1, 2, 4), 0);  // not the same arguments
+    EXPECT_EQ(__UnregisterAtExitCleanup(function, 1, 2, 3), 1);
+    EXPECT_EQ(__UnregisterAtExitCleanup(function, 1, 2, 3), 0);
 }
 
 }  // namespace

@@ -14,7 +14,7 @@
 #include "platform/event.h"
 #include "platform/posix/named_region.h"
 #include "platform/shared_memory.h"
-#include "probes.h"
+#include "fixtures/probes.h"
 
 namespace {
 

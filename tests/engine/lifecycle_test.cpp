@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <string>
 
-#include "probes.h"
+#include "fixtures/probes.h"
 
 namespace {
 

@@ -15,7 +15,7 @@
 #include "fixtures/log_capture.h"
 #include "fixtures/settings_writer.h"
 #include "platform/system.h"
-#include "probes.h"
+#include "fixtures/probes.h"
 
 namespace {
 
@@ -146,6 +146,8 @@ TEST(StartupTrace, AttachThreadDetachAndDetachLinesComeInOrder)
         {"TRACE|WInitApp", "SetUpMemory returned"},
         {"TRACE|WInitApp", "InitializeCodePage returned"},
         {"TRACE|WInitApp", "InitSupport returned"},
+        {"TRACE|WInitApp", "ZORDebugInitialize returned"},
+        {"TRACE|WInitApp", "CdbInitialize returned"},
         {"TRACE|WInitApp", "SetupPCTimer returned. Changed timer resolution."},
         {"TRACE|WInitApp", "InitAsyncAndMTProtection returned"},
         {"TRACE|WInitApp", "GetTimeOptions/GetDateOptions returned."},
@@ -154,6 +156,7 @@ TEST(StartupTrace, AttachThreadDetachAndDetachLinesComeInOrder)
         {"TRACE|WMain", "ConfigureZORLoggerOnce returned"},
         {"TRACE|WMain", "ENTER"},
         {"TRACE|WMain", "InitTimeLib returned"},
+        {"TRACE|WMain", "InitExecutionThreadVars returned"},
         {"TRACE|WMain", "FmtIOLibInitOnce returned"},
         {"TRACE|WMain", "UtilityLibraryInitOnce returned"},
         {"TRACE|WMain", "RegisterUtilityLibraryRunStateChangeCallback returned"},

@@ -5,6 +5,7 @@
 #include <dlfcn.h>
 
 #include <cctype>
+#include <cstring>
 #include <string>
 
 #include "platform/posix/library_name.h"
@@ -50,6 +51,26 @@ void *librarySymbol(void *library, const char *name) noexcept
 void unloadLibrary(void *library) noexcept
 {
     if (library) dlclose(library);
+}
+
+void *loadModuleContaining(const void *address) noexcept
+{
+    Dl_info info{};
+    if (address == nullptr || dladdr(address, &info) == 0 || info.dli_fname == nullptr) return nullptr;
+    // RTLD_NOLOAD finds the loaded object and counts one more user of it.
+    return dlopen(info.dli_fname, RTLD_NOW | RTLD_NOLOAD);
+}
+
+size_t moduleFileName(const void *address, char *buffer, size_t size) noexcept
+{
+    Dl_info info{};
+    if (buffer == nullptr || size == 0) return 0;
+    buffer[0] = '\0';
+    if (address == nullptr || dladdr(address, &info) == 0 || info.dli_fname == nullptr) return 0;
+    const size_t length = std::strlen(info.dli_fname);
+    if (length >= size) return 0;
+    std::memcpy(buffer, info.dli_fname, length + 1);
+    return length;
 }
 
 }  // namespace tollan::platform

@@ -104,16 +104,6 @@ bool writeAll(int fd, const char *text, size_t length) noexcept
 
 }  // namespace
 
-void debugOutput(const char *text) noexcept
-{
-    const char *path = std::getenv("TOLLAN_DEBUG_OUTPUT");
-    if (!text || !path || !*path) return;
-    const int fd = open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600);
-    if (fd < 0) return;
-    writeAll(fd, text, std::strlen(text));
-    close(fd);
-}
-
 void systemErrorText(int code, char *buffer, size_t size) noexcept
 {
     if (!buffer || size == 0) return;

@@ -1,6 +1,7 @@
 #include "platform/posix/system_calls.h"
 
 #include <fcntl.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 namespace tollan::platform::posix {
@@ -26,6 +27,7 @@ constexpr SystemCalls kReal = {
     .fstat = ::fstat,
     .stat = ::stat,
     .fcntl = fcntlWithInt,
+    .send = ::send,
 };
 
 }  // namespace

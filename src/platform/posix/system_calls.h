@@ -1,5 +1,5 @@
 // The POSIX backend's system calls, reached through one replaceable table.
-// Files go through it now; serial devices and pipes join as they arrive.
+// Files and the debugger's channel go through it; serial devices join as they arrive.
 // Tests put a table of their own in place to produce what a disk or a device
 // produces and a test machine does not: EIO, ENOSPC, EINTR and EAGAIN at any
 // call, a device that vanishes, a short write.
@@ -27,6 +27,9 @@ struct SystemCalls {
     int (*stat)(const char *path, struct stat *status);
     // fcntl(2) for the commands that take an int argument or none.
     int (*fcntl)(int fd, int command, int argument);
+    // send(2), for sockets: with MSG_NOSIGNAL a vanished peer is an error
+    // (EPIPE), never a signal.
+    ssize_t (*send)(int fd, const void *buffer, size_t count, int flags);
 };
 
 // The table of the system's own calls.

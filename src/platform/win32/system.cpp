@@ -58,11 +58,6 @@ uint32_t registerWindowMessage(const char *name) noexcept
     return RegisterWindowMessageA(name);
 }
 
-void debugOutput(const char *text) noexcept
-{
-    if (text) OutputDebugStringA(text);
-}
-
 void systemErrorText(int code, char *buffer, size_t size) noexcept
 {
     if (!buffer || size == 0) return;

@@ -32,9 +32,12 @@ struct AtExitCleanup {
     AtExitCleanup *next;
 };
 
+struct ResourceEntry;
+
 // The tracked resources (resource tracking): the hash table and its lock.
+// The address of this table is what "resources_final_tally" hands the debugger.
 struct ResourceTable {
-    void **buckets;  // swapped out while it changes, so readers outside the lock never see it half done
+    ResourceEntry **buckets;  // swapped out while it changes, so readers outside the lock never see it half done
     uint64_t bucketCount;
     uint64_t entryCount;
     uint64_t idCounter;

@@ -56,18 +56,18 @@ typedef struct ZORLocationBlock {
  * named fields are part of the protocol with the debugger.
  */
 typedef struct ZORThreadEnv {
-    unsigned char checkingEnvironment[ZOR_CHECKING_ENVIRONMENT_SIZE];        /* 0 */
-    unsigned char savedEnvironments[2][ZOR_CHECKING_ENVIRONMENT_SIZE];       /* 2112, 4224 */
-    void *vaArgInfo[2];                                                      /* 6336 */
-    ZORLocationBlock location;                                               /* 6352 */
-    ZORLocationBlock savedContexts[4];                                       /* 6440 */
-    unsigned char reserved1[24];                                             /* 6792 */
-    int32_t breakReason;                                                     /* 6816: 35 = debugger disconnected */
+    unsigned char checkingEnvironment[ZOR_CHECKING_ENVIRONMENT_SIZE];  /* 0 */
+    unsigned char savedEnvironments[2][ZOR_CHECKING_ENVIRONMENT_SIZE]; /* 2112, 4224 */
+    void *vaArgInfo[2];                                                /* 6336 */
+    ZORLocationBlock location;                                         /* 6352 */
+    ZORLocationBlock savedContexts[4];                                 /* 6440 */
+    unsigned char reserved1[24];                                       /* 6792 */
+    int32_t breakReason;                                               /* 6816: 35 = debugger disconnected */
     int32_t reserved2;
-    void *breakDetail;                                                       /* 6824 */
-    int32_t trackResources;                                                  /* 6832: resource tracking on for this thread */
-    int32_t stopPending;                                                     /* 6836: the debugger wants this thread stopped */
-    unsigned char reserved3[968];                                            /* 6840 */
+    void *breakDetail;            /* 6824 */
+    int32_t trackResources;       /* 6832: resource tracking on for this thread */
+    int32_t stopPending;          /* 6836: the debugger wants this thread stopped */
+    unsigned char reserved3[968]; /* 6840 */
 } ZORThreadEnv;
 
 /* The break reason that a debugger-initiated disconnect leaves in the record. */
@@ -95,14 +95,16 @@ TOLLAN_API void __DBG_ResetCurrentThreadEnv(void) TOLLAN_NOEXCEPT;
 TOLLAN_API int32_t __DBG_EnterFunctionInCurrentThreadEnv(ZORThreadEnv *record, ZORFunctionFrame *frame,
                                                          const char *fileName) TOLLAN_NOEXCEPT;
 /* Leaving it: restores the five fields from `frame`. */
-TOLLAN_API void __DBG_LeaveFunctionInCurrentThreadEnv(ZORThreadEnv *record, ZORFunctionFrame *frame) TOLLAN_NOEXCEPT;
+TOLLAN_API void __DBG_LeaveFunctionInCurrentThreadEnv(ZORThreadEnv *record,
+                                                      ZORFunctionFrame *frame) TOLLAN_NOEXCEPT;
 /*
  * The statement now running: file name, line and column of the record, and
  * line and column also in location[2] and location[3] (the caller's own
  * location record; NULL for none).
  */
-TOLLAN_API void __DBG_SetCurrentThreadEnvLocation(ZORThreadEnv *record, int32_t *location, const char *fileName,
-                                                  int32_t line, int32_t column) TOLLAN_NOEXCEPT;
+TOLLAN_API void __DBG_SetCurrentThreadEnvLocation(ZORThreadEnv *record, int32_t *location,
+                                                  const char *fileName, int32_t line,
+                                                  int32_t column) TOLLAN_NOEXCEPT;
 /* The same without the file name. */
 TOLLAN_API void __DBG_SetCurrentThreadEnvPosition(ZORThreadEnv *record, int32_t *location, int32_t line,
                                                   int32_t column) TOLLAN_NOEXCEPT;
@@ -223,8 +225,8 @@ TOLLAN_API int32_t __GetDebuggingLevel(void) TOLLAN_NOEXCEPT;
  * formatted from format and the arguments (printf rules). Returns handle in
  * every case, also when tracking is off or memory runs out.
  */
-TOLLAN_API void *__ZOR_Resource_Acquire(void *handle, const char *typeName, const char *format, ...)
-    TOLLAN_NOEXCEPT TOLLAN_PRINTF(3, 4);
+TOLLAN_API void *__ZOR_Resource_Acquire(void *handle, const char *typeName, const char *format,
+                                        ...) TOLLAN_NOEXCEPT TOLLAN_PRINTF(3, 4);
 /* Forgets a resource; a handle that was never recorded changes nothing. Returns handle. */
 TOLLAN_API void *__ZOR_Resource_Release(void *handle) TOLLAN_NOEXCEPT;
 /* Whether resources of the calling thread are being tracked now. */
@@ -236,10 +238,12 @@ TOLLAN_API int32_t GetEnableResourceTracking(void) TOLLAN_NOEXCEPT;
 TOLLAN_API void __ZOR_Resource_LockTable(void) TOLLAN_NOEXCEPT;
 TOLLAN_API void __ZOR_Resource_UnlockTable(void) TOLLAN_NOEXCEPT;
 /*
- * Writes every tracked resource, oldest first, to the file `path`: a line
- * "<file>(<line>,<column>) <id> (<type>) <description>" and one line per
- * frame of the acquiring stack. Returns 0; -102 when the file cannot be
- * written (logged at WARNING).
+ * Writes every tracked resource, oldest first, to the file `path` (made anew):
+ * a line "<file>:<line>.<column> <id> (<type>) <description>" for where it
+ * was acquired, and one line "    <n>: <file>:<line>.<column>-<line>.<column>
+ * (<function>)" per function of the acquiring stack, innermost first.
+ * Returns 0; -102 when the file cannot be written, -260 when memory runs
+ * out (both logged at WARNING).
  */
 TOLLAN_API int32_t __ZOR_Resource_DumpToFile(const char *path) TOLLAN_NOEXCEPT;
 

@@ -23,7 +23,8 @@ intptr_t registerAtExitCleanup(intptr_t function, intptr_t a, intptr_t b, intptr
     return 1;
 }
 
-intptr_t unregisterAtExitCleanup(intptr_t function, intptr_t a, intptr_t b, intptr_t c, intptr_t flags) noexcept
+intptr_t unregisterAtExitCleanup(intptr_t function, intptr_t a, intptr_t b, intptr_t c,
+                                 intptr_t flags) noexcept
 {
     RuntimeRecord *record = runtimeRecord();
     if (record == nullptr || flags != 0) return 0;
@@ -54,7 +55,7 @@ void runAtExitCleanups() noexcept
         }
         // Called without the lock: a clean-up may register or unregister others.
         reinterpret_cast<CleanupFunction>(cleanup->function)(cleanup->arguments[0], cleanup->arguments[1],
-                                                            cleanup->arguments[2]);
+                                                             cleanup->arguments[2]);
         record->free(cleanup);
     }
 }

@@ -12,8 +12,10 @@ namespace tollan::debugger {
 // function, a non-zero flag or no memory); unregister removes the clean-up
 // registered with the same function and arguments and returns 1, or 0 when
 // there is none.
-intptr_t registerAtExitCleanup(intptr_t function, intptr_t a, intptr_t b, intptr_t c, intptr_t flags) noexcept;
-intptr_t unregisterAtExitCleanup(intptr_t function, intptr_t a, intptr_t b, intptr_t c, intptr_t flags) noexcept;
+intptr_t registerAtExitCleanup(intptr_t function, intptr_t a, intptr_t b, intptr_t c,
+                               intptr_t flags) noexcept;
+intptr_t unregisterAtExitCleanup(intptr_t function, intptr_t a, intptr_t b, intptr_t c,
+                                 intptr_t flags) noexcept;
 // Runs and forgets every registered clean-up.
 void runAtExitCleanups() noexcept;
 

@@ -11,17 +11,18 @@
 namespace tollan::debugger {
 
 struct BackendTable {
-    void *reserved0;                                                                                   // 0
-    void *reserved1;                                                                                   // 1
-    int32_t (*connect)(void *module, const char *moduleFileName, intptr_t argument, int32_t port) noexcept;  // 2
-    void (*connected)(BackendTable *table) noexcept;                                                   // 3
-    int32_t (*disconnect)(int32_t flag) noexcept;                                                      // 4
-    void *reserved5;                                                                                   // 5
-    int32_t connectedWord;                                                                             // 6
+    void *reserved0;  // 0
+    void *reserved1;  // 1
+    int32_t (*connect)(void *module, const char *moduleFileName, intptr_t argument,
+                       int32_t port) noexcept;        // 2
+    void (*connected)(BackendTable *table) noexcept;  // 3
+    int32_t (*disconnect)(int32_t flag) noexcept;     // 4
+    void *reserved5;                                  // 5
+    int32_t connectedWord;                            // 6
     int32_t reserved6;
-    int32_t (*lock)() noexcept;                                                      // 7
-    int32_t (*unlock)() noexcept;                                                    // 8
-    int32_t (*breakThread)() noexcept;                                               // 9
+    int32_t (*lock)() noexcept;                                                                // 7
+    int32_t (*unlock)() noexcept;                                                              // 8
+    int32_t (*breakThread)() noexcept;                                                         // 9
     int32_t (*openSharedMemory)(const char *, uint32_t *, ZORSharedMemoryHandles *) noexcept;  // 10
     int32_t (*newSharedMemory)(const char *, uint32_t, ZORSharedMemoryHandles *) noexcept;     // 11
     int32_t (*discardSharedMemory)(ZORSharedMemoryHandles *) noexcept;                         // 12

@@ -10,6 +10,7 @@
 #include "debugger/at_exit.h"
 #include "debugger/debug_control.h"
 #include "debugger/events.h"
+#include "debugger/resource_table.h"
 #include "debugger/runtime_record.h"
 #include "debugger/thread_env.h"
 #include "platform/debugger.h"
@@ -73,10 +74,10 @@ Value readField(const unsigned char *block, size_t offset) noexcept
 
 void synchronize(size_t offset, uint32_t count) noexcept
 {
-    __ZOR_Debug_SynchronizeMemory(&sharedBlock, sharedBlock.view == nullptr
-                                                   ? nullptr
-                                                   : static_cast<unsigned char *>(sharedBlock.view) + offset,
-                                  count);
+    __ZOR_Debug_SynchronizeMemory(
+        &sharedBlock,
+        sharedBlock.view == nullptr ? nullptr : static_cast<unsigned char *>(sharedBlock.view) + offset,
+        count);
 }
 
 // Writes the library's fields of a block just opened.
@@ -233,6 +234,7 @@ void closeDebuggerSide() noexcept
 {
     if (ownsRuntimeRecord()) runAtExitCleanups();
     if (sharedView.exchange(nullptr) != nullptr) {
+        reportFinalTally();
         __DBG_UnregisterRTEWithDebugger(services::lifecycle().moduleInstance);
         localBackend().discardSharedMemory(&sharedBlock);
     }
@@ -362,17 +364,20 @@ int32_t __ZOR_Debug_BreakIsEnabled(int32_t kind) noexcept
     return table != nullptr && table->breakIsEnabled != nullptr ? table->breakIsEnabled(kind) : 0;
 }
 
-int32_t __ZOR_Debug_OpenSharedMemory(const char *name, uint32_t *size, ZORSharedMemoryHandles *handles) noexcept
+int32_t __ZOR_Debug_OpenSharedMemory(const char *name, uint32_t *size,
+                                     ZORSharedMemoryHandles *handles) noexcept
 {
     BackendTable *table = connected();
     if (table == nullptr) return ZOR_DEBUG_NOT_CONNECTED;
-    return table->openSharedMemory != nullptr ? table->openSharedMemory(name, size, handles) : ZOR_DEBUG_NO_OPERATION;
+    return table->openSharedMemory != nullptr ? table->openSharedMemory(name, size, handles)
+                                              : ZOR_DEBUG_NO_OPERATION;
 }
 
 int32_t __ZOR_Debug_NewSharedMemory(const char *name, uint32_t size, ZORSharedMemoryHandles *handles) noexcept
 {
     BackendTable &table = currentBackend();
-    return table.newSharedMemory != nullptr ? table.newSharedMemory(name, size, handles) : ZOR_DEBUG_NO_OPERATION;
+    return table.newSharedMemory != nullptr ? table.newSharedMemory(name, size, handles)
+                                            : ZOR_DEBUG_NO_OPERATION;
 }
 
 int32_t __ZOR_Debug_DiscardSharedMemory(ZORSharedMemoryHandles *handles) noexcept

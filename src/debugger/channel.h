@@ -22,7 +22,6 @@ BackendTable &currentBackend() noexcept;
 // stored) and is not up.
 bool remoteSessionDown() noexcept;
 
-
 // The shared information block, or null when no debugger made one.
 unsigned char *sharedInfoBlock() noexcept;
 // The debugger's protocol level (0 without a block).

@@ -41,10 +41,10 @@ void sendModuleAttach(void *module, const ZORDebugTableEntry *table) noexcept
     char fileName[4096];
     if (platform::moduleFileName(module, fileName, sizeof fileName) == 0)
         services::formatTextInto(fileName, sizeof fileName, "<unknown module %p>", module);
-    sendEventText("@{module_attach|%p|%3u|%3u|%3u|%3u|%p|%3u|%s:15|%u|%u|%u|%u|%u|%u|%u}@", module, kVersion[0],
-                  kVersion[1], kVersion[2], kVersion[3], static_cast<const void *>(table), counted, fileName,
-                  kRecordFields[0], kRecordFields[1], kRecordFields[2], kRecordFields[3], kRecordFields[4],
-                  kRecordFields[5], kRecordFields[6]);
+    sendEventText("@{module_attach|%p|%3u|%3u|%3u|%3u|%p|%3u|%s:15|%u|%u|%u|%u|%u|%u|%u}@", module,
+                  kVersion[0], kVersion[1], kVersion[2], kVersion[3], static_cast<const void *>(table),
+                  counted, fileName, kRecordFields[0], kRecordFields[1], kRecordFields[2], kRecordFields[3],
+                  kRecordFields[4], kRecordFields[5], kRecordFields[6]);
 }
 
 void sendModuleDetach(void *module) noexcept
@@ -58,7 +58,8 @@ void tellSteppingIntoNewContext() noexcept
     if (runtime == nullptr) return;
     const auto *control = static_cast<const DebugControl *>(runtime->debugControl);
     if (control->steppingThreadId != platform::currentThreadId()) return;
-    if (control->steppingMode == kNext || control->steppingMode == kOver) sendEventText("@{set_exe_state|into:15}@");
+    if (control->steppingMode == kNext || control->steppingMode == kOver)
+        sendEventText("@{set_exe_state|into:15}@");
 }
 
 }  // namespace tollan::debugger

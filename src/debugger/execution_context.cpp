@@ -66,8 +66,10 @@ int32_t __SwitchExecutionContext(int32_t index) noexcept
     const int32_t from = slotOf(previous);
     const int32_t to = slotOf(index);
     if (previous != kNoContext && previous != index && from < kEnvironments && to < kEnvironments) {
-        std::memcpy(record->savedEnvironments[from], record->checkingEnvironment, ZOR_CHECKING_ENVIRONMENT_SIZE);
-        std::memcpy(record->checkingEnvironment, record->savedEnvironments[to], ZOR_CHECKING_ENVIRONMENT_SIZE);
+        std::memcpy(record->savedEnvironments[from], record->checkingEnvironment,
+                    ZOR_CHECKING_ENVIRONMENT_SIZE);
+        std::memcpy(record->checkingEnvironment, record->savedEnvironments[to],
+                    ZOR_CHECKING_ENVIRONMENT_SIZE);
     }
     record->savedContexts[from] = record->location;
     record->location = record->savedContexts[to];

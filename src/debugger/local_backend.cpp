@@ -171,9 +171,13 @@ int32_t waitForSignal(const char *base) noexcept
     }
     for (;;) {
         switch (event->wait(kSignalSliceMs)) {
-            case platform::WaitResult::signalled: return 0;
-            case platform::WaitResult::timedOut: continue;
-            case platform::WaitResult::failed: warnFailure("WaitSignal", ZOR_DEBUG_OBJECT_FAILED); return ZOR_DEBUG_OBJECT_FAILED;
+            case platform::WaitResult::signalled:
+                return 0;
+            case platform::WaitResult::timedOut:
+                continue;
+            case platform::WaitResult::failed:
+                warnFailure("WaitSignal", ZOR_DEBUG_OBJECT_FAILED);
+                return ZOR_DEBUG_OBJECT_FAILED;
         }
     }
 }

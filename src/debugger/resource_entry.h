@@ -37,7 +37,7 @@ struct ResourceFrame {
 static_assert(sizeof(ResourceFrame) == 32);
 
 struct ResourceEntry {
-    uint64_t guard;  // kResourceGuard while the entry is intact
+    uint64_t guard;       // kResourceGuard while the entry is intact
     ResourceEntry *next;  // in the same hash bucket
     uint64_t id;          // running number of the acquisition
     ResourceEntry *self;
@@ -51,6 +51,9 @@ struct ResourceEntry {
     const char *fileName;  // its file
     uint64_t functionWord;
     uint64_t frameCount;
+    // The chain of all entries in the order they were acquired.
+    ResourceEntry *older;
+    ResourceEntry *newer;
     // frameCount ResourceFrame records follow.
 
     ResourceFrame *frames() noexcept { return reinterpret_cast<ResourceFrame *>(this + 1); }

@@ -10,6 +10,7 @@
 #include "debugger/at_exit.h"
 #include "debugger/debug_control.h"
 #include "debugger/mappings.h"
+#include "debugger/resource_table.h"
 #include "debugger/thread_env.h"
 #include "logger/log.h"
 #include "platform/dynamic_library.h"
@@ -122,7 +123,8 @@ int32_t adoptRecord(std::unique_ptr<platform::SharedMemory> found) noexcept
     if (record == nullptr) return kNoResources;
     // The record's code lives in the module that made it: that one must stay.
     if (record->ownerInstance != services::lifecycle().moduleInstance)
-        keptOwnerModule = platform::loadModuleContaining(reinterpret_cast<const void *>(record->newThreadEnv));
+        keptOwnerModule =
+            platform::loadModuleContaining(reinterpret_cast<const void *>(record->newThreadEnv));
     mapping = found.release();
     owner = false;
     current.store(record, std::memory_order_release);
@@ -156,7 +158,8 @@ int32_t CdbSynchronizeInitialize() noexcept
         return kNoMutex;
     }
     std::unique_ptr<platform::SharedMemory> existing = functions.open(mappingName, sizeof(void *));
-    const int32_t result = existing != nullptr ? adoptRecord(std::move(existing)) : makeRecord(functions, mappingName);
+    const int32_t result =
+        existing != nullptr ? adoptRecord(std::move(existing)) : makeRecord(functions, mappingName);
     made->release();
     if (result != 0) {
         warn(result);
@@ -181,6 +184,7 @@ void closeThreadSynchronisation() noexcept
             node = next;
         }
         record->threadList = nullptr;
+        releaseResourceTable(*record);
         delete record->connectionLock;
         delete record->threadLock;
         owner = false;

@@ -37,18 +37,23 @@ struct ResourceEntry;
 // The tracked resources (resource tracking): the hash table and its lock.
 // The address of this table is what "resources_final_tally" hands the debugger.
 struct ResourceTable {
-    ResourceEntry **buckets;  // swapped out while it changes, so readers outside the lock never see it half done
+    ResourceEntry *
+        *buckets;  // swapped out while it changes, so readers outside the lock never see it half done
     uint64_t bucketCount;
     uint64_t entryCount;
     uint64_t idCounter;
     platform::RecursiveLock *lock;
+    // Every entry, oldest first, also chained in the order of acquisition:
+    // a dump walks this chain instead of the buckets.
+    ResourceEntry *oldest;
+    ResourceEntry *newest;
 };
 
 struct RuntimeRecord {
     // The words the debugger reads through the shared information block.
-    void *ownerInstance;        // 0: the module that made the record
-    void *debugControl;         // 8: the debugger's control block (DebugControl)
-    uint64_t threadEnvIndex;    // 16: the thread-local index of thread-state records
+    void *ownerInstance;           // 0: the module that made the record
+    void *debugControl;            // 8: the debugger's control block (DebugControl)
+    uint64_t threadEnvIndex;       // 16: the thread-local index of thread-state records
     ThreadRegistration **threads;  // 24: the head of the thread registrations
 
     // Operations of the owning module.

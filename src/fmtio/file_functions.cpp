@@ -73,7 +73,7 @@ int32_t ZOR_OpenFile(const char *path, int32_t action, int32_t mode, int32_t typ
     if (const int32_t error = tollan::platform::openFile(path, request, &osFile); error != ioerror::kNone)
         return failWith(error);
 
-    const int32_t handle = attachFile(osFile, flags);
+    const int32_t handle = attachFile(osFile, flags, path);
     if (handle < 0) {
         tollan::platform::closeFile(osFile);
         return failWith(ioerror::kNoMemory);

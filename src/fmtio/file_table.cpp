@@ -3,6 +3,8 @@
 #include <mutex>
 #include <new>
 
+#include <tollan/debugger.h>
+
 #include "fmtio/log_module.h"
 #include "logger/log.h"
 #include "services/library_gate.h"
@@ -91,6 +93,7 @@ void destroyFileTable() noexcept
             TOLLAN_LOG(ZOR_LOG_WARNING, kLogModule, "FmtIOLibCleanup",
                        "could not commit file handle %d before closing it", handle);
         platform::closeFile(osFile);
+        __ZOR_Resource_Release(slot);
         slot->inUse.store(kSlotFree);
     }
     while (firstSlot != nullptr) {
@@ -102,7 +105,7 @@ void destroyFileTable() noexcept
     tableLock = nullptr;
 }
 
-int32_t attachFile(platform::NativeFile osFile, uint32_t openFlags) noexcept
+int32_t attachFile(platform::NativeFile osFile, uint32_t openFlags, const char *path) noexcept
 {
     if (tableLock == nullptr) return -1;
     int32_t position = 0;
@@ -119,8 +122,11 @@ int32_t attachFile(platform::NativeFile osFile, uint32_t openFlags) noexcept
         slot->pendingByte = -1;
         slot->inUse.store(kSlotOpen);
     }
-    // Resource tracking registers each new file here (one place for every open).
-    return position + kFirstHandle;
+    // The slot is the file's name for resource tracking: unlike the handle
+    // number, no other library hands out the same value.
+    const int32_t handle = position + kFirstHandle;
+    __ZOR_Resource_Acquire(slot, "Files", "File handle %d \"%s\"", static_cast<int>(handle), path);
+    return handle;
 }
 
 LockedFile::LockedFile(int32_t handle) noexcept : pass_(gate)
@@ -144,7 +150,7 @@ LockedFile::~LockedFile()
 
 void LockedFile::release() noexcept
 {
-    // Resource tracking unregisters each closed file here (one place for every close).
+    __ZOR_Resource_Release(slot_);
     slot_->osFile = platform::kNoFile;
     slot_->inUse.store(kSlotFree);
     slot_->lock.unlock();

@@ -52,9 +52,10 @@ bool createFileTable() noexcept;
 // everything is left as it is.
 void destroyFileTable() noexcept;
 
-// Puts an open OS file into the first free slot, or a new slot at the end.
-// Returns its handle, or -1 when no slot can be had (the file stays open).
-int32_t attachFile(platform::NativeFile osFile, uint32_t openFlags) noexcept;
+// Puts an open OS file into the first free slot, or a new slot at the end,
+// and has resource tracking record it under "Files" with its path. Returns
+// its handle, or -1 when no slot can be had (the file stays open).
+int32_t attachFile(platform::NativeFile osFile, uint32_t openFlags, const char *path) noexcept;
 
 // The gate of every call that reaches the table. Once shutdown has begun the
 // table is gone: operations on a handle fail with I/O error 3 and opens with

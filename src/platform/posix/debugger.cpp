@@ -83,7 +83,8 @@ void debugBreak(const void *threadRecord) noexcept
     const posix::BreakRecord record{currentThreadId(), reinterpret_cast<uintptr_t>(threadRecord)};
     char answer = 0;
     // Blocks until the monitor resumes the thread (or goes away).
-    if (posix::sendRecord(fd, posix::kRecordBreak, &record, sizeof record)) posix::readExactly(fd, &answer, 1);
+    if (posix::sendRecord(fd, posix::kRecordBreak, &record, sizeof record))
+        posix::readExactly(fd, &answer, 1);
     sys().close(fd);
 }
 
@@ -157,14 +158,16 @@ void installHandlers() noexcept
     struct sigaction action {};
     action.sa_handler = onFault;
     sigemptyset(&action.sa_mask);
-    for (size_t i = 0; i < std::size(kGuardedSignals); ++i) sigaction(kGuardedSignals[i], &action, &previous[i]);
+    for (size_t i = 0; i < std::size(kGuardedSignals); ++i)
+        sigaction(kGuardedSignals[i], &action, &previous[i]);
 }
 
 void removeHandlers() noexcept
 {
     std::lock_guard hold(guardLock);
     if (--guardedCalls > 0) return;
-    for (size_t i = 0; i < std::size(kGuardedSignals); ++i) sigaction(kGuardedSignals[i], &previous[i], nullptr);
+    for (size_t i = 0; i < std::size(kGuardedSignals); ++i)
+        sigaction(kGuardedSignals[i], &previous[i], nullptr);
 }
 
 }  // namespace

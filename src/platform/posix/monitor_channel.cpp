@@ -56,7 +56,8 @@ bool makePipeDirectory() noexcept
 bool sendRecord(int fd, char kind, const void *payload, size_t length) noexcept
 {
     unsigned char header[5] = {static_cast<unsigned char>(kind), static_cast<unsigned char>(length),
-                               static_cast<unsigned char>(length >> 8), static_cast<unsigned char>(length >> 16),
+                               static_cast<unsigned char>(length >> 8),
+                               static_cast<unsigned char>(length >> 16),
                                static_cast<unsigned char>(length >> 24)};
     const char *parts[2] = {reinterpret_cast<const char *>(header), static_cast<const char *>(payload)};
     const size_t sizes[2] = {sizeof header, length};

@@ -113,9 +113,27 @@ std::unique_ptr<Thread> Thread::start(Entry entry, void *argument) noexcept
     return thread;
 }
 
+namespace {
+
+// gettid is a system call, and a slow one in a virtual machine; every
+// thread asks once. A child of fork() has a new id for the same thread.
+thread_local uint32_t cachedThreadId = 0;
+
+void forgetThreadIdAfterFork() noexcept
+{
+    cachedThreadId = 0;
+}
+
+}  // namespace
+
 uint32_t currentThreadId() noexcept
 {
-    return static_cast<uint32_t>(gettid());
+    if (cachedThreadId == 0) {
+        static const bool watchingForks = pthread_atfork(nullptr, nullptr, forgetThreadIdAfterFork) == 0;
+        (void)watchingForks;
+        cachedThreadId = static_cast<uint32_t>(gettid());
+    }
+    return cachedThreadId;
 }
 
 uint32_t currentProcessId() noexcept

@@ -128,7 +128,8 @@ void BM_FwriteDumpBytes(benchmark::State &state)
     std::FILE *in = std::fopen(dumpPath().c_str(), "rb");
     std::string bytes;
     char chunk[65536];
-    for (size_t got; in != nullptr && (got = std::fread(chunk, 1, sizeof chunk, in)) > 0;) bytes.append(chunk, got);
+    for (size_t got; in != nullptr && (got = std::fread(chunk, 1, sizeof chunk, in)) > 0;)
+        bytes.append(chunk, got);
     if (in != nullptr) std::fclose(in);
     for (auto _ : state) {
         std::FILE *out = std::fopen(dumpPath().c_str(), "wb");

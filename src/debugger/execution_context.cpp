@@ -5,11 +5,14 @@
 
 #include <tollan/debugger.h>
 
+#include "debugger/channel.h"
 #include "debugger/debug_control.h"
 #include "debugger/events.h"
 #include "debugger/runtime_record.h"
 #include "debugger/thread_env.h"
+#include "logger/log.h"
 #include "services/memory.h"
+#include "services/messages.h"
 
 namespace tollan::debugger {
 namespace {
@@ -17,6 +20,7 @@ namespace {
 constexpr int32_t kNoContext = -1;
 constexpr int32_t kContexts = 4;
 constexpr int32_t kEnvironments = 2;
+constexpr int32_t kStackCorruptionMessage = 200;
 
 // Without a run-time record the index lives here instead of in the debugger's control block.
 int64_t indexWithoutRuntime = kNoContext;
@@ -81,4 +85,17 @@ int32_t __SwitchExecutionContext(int32_t index) noexcept
     // A thread stepping over calls must stop in the context it switched to.
     tellSteppingIntoNewContext();
     return previous;
+}
+
+// Until run-time error reporting exists, the report is an ERROR log line with
+// message 200 and, under a debugger, a break at the place it was noticed.
+void __DBG_ReportStackCorruption(void) noexcept
+{
+    const ZORThreadEnv *record = existingThreadEnv();
+    TOLLAN_LOG(ZOR_LOG_ERROR, "debugger/cdbruntime", "__DBG_ReportStackCorruption", "%s:%d:%d: %s",
+               record != nullptr && record->location.fileName != nullptr ? record->location.fileName : "",
+               record != nullptr ? static_cast<int>(record->location.line) : 0,
+               record != nullptr ? static_cast<int>(record->location.column) : 0,
+               tollan::services::libraryMessage(kStackCorruptionMessage));
+    breakIntoDebugger();
 }

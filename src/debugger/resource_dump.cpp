@@ -97,7 +97,8 @@ public:
     bool failed() const noexcept { return failed_; }
     void flush() noexcept
     {
-        if (used_ > 0 && platform::writeFile(file_, buffer_, static_cast<uint32_t>(used_)) != 0) failed_ = true;
+        if (used_ > 0 && platform::writeFile(file_, buffer_, static_cast<uint32_t>(used_)) != 0)
+            failed_ = true;
         used_ = 0;
     }
 
@@ -147,7 +148,8 @@ int32_t __ZOR_Resource_DumpToFile(const char *path) noexcept
     RuntimeRecord *runtime = runtimeRecord();
     if (runtime == nullptr || runtime->resources.lock == nullptr) return warnFailure(kCannotWrite);
     const void *skipped[2] = {nullptr, nullptr};
-    if (const unsigned char *block = sharedInfoBlock()) std::memcpy(skipped, block + kSkippedHandles, sizeof skipped);
+    if (const unsigned char *block = sharedInfoBlock())
+        std::memcpy(skipped, block + kSkippedHandles, sizeof skipped);
 
     ResourceTable &table = runtime->resources;
     // Held for the whole dump: no entry may be freed while it is written out.
@@ -162,7 +164,8 @@ int32_t __ZOR_Resource_DumpToFile(const char *path) noexcept
     auto *items = static_cast<Listed *>(LGetListDataPtr(list));
     size_t listed = 0;
     uint64_t skippedCount = 0;
-    for (const ResourceEntry *entry = table.oldest; entry != nullptr && listed < capacity; entry = entry->newer) {
+    for (const ResourceEntry *entry = table.oldest; entry != nullptr && listed < capacity;
+         entry = entry->newer) {
         if (entry->handle != nullptr && (entry->handle == skipped[0] || entry->handle == skipped[1]))
             ++skippedCount;
         else

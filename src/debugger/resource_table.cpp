@@ -103,7 +103,8 @@ ResourceEntry **grow(RuntimeRecord &runtime, ResourceEntry **buckets) noexcept
     std::memset(grown, 0, count * sizeof(ResourceEntry *));
     TOLLAN_LOG(ZOR_LOG_TEMP, kModule, "__ZOR_Resource_Acquire",
                "Resizing hashtable for resource tracking from %zu to %zu buckets (%zu entries).",
-               static_cast<size_t>(table.bucketCount), static_cast<size_t>(count), static_cast<size_t>(table.entryCount));
+               static_cast<size_t>(table.bucketCount), static_cast<size_t>(count),
+               static_cast<size_t>(table.entryCount));
     for (uint64_t i = 0; i < table.bucketCount; ++i) {
         for (ResourceEntry *entry = buckets[i]; entry != nullptr;) {
             ResourceEntry *next = entry->next;
@@ -127,7 +128,8 @@ void insert(RuntimeRecord &runtime, ResourceEntry *entry) noexcept
         buckets = static_cast<ResourceEntry **>(runtime.allocate(kInitialBuckets * sizeof(ResourceEntry *)));
         if (buckets == nullptr) {
             if (!logger::configuring())
-                TOLLAN_LOG(ZOR_LOG_WARNING, kModule, "__ZOR_Resource_Acquire", "Err = %d", static_cast<int>(kNoTable));
+                TOLLAN_LOG(ZOR_LOG_WARNING, kModule, "__ZOR_Resource_Acquire", "Err = %d",
+                           static_cast<int>(kNoTable));
             runtime.free(entry);
             return;
         }
@@ -227,7 +229,8 @@ void *__ZOR_Resource_Acquire(void *handle, const char *typeName, const char *for
     va_copy(again, arguments);
     int descriptionLength = 0;
     if (format != nullptr)
-        descriptionLength = tollan::services::formatText(shortDescription, sizeof shortDescription, format, arguments);
+        descriptionLength =
+            tollan::services::formatText(shortDescription, sizeof shortDescription, format, arguments);
     if (descriptionLength < 0) descriptionLength = 0;
     va_end(arguments);
     const bool fitted = static_cast<size_t>(descriptionLength) < sizeof shortDescription;
@@ -273,7 +276,8 @@ void *__ZOR_Resource_Acquire(void *handle, const char *typeName, const char *for
 void *__ZOR_Resource_Release(void *handle) noexcept
 {
     RuntimeRecord *runtime = runtimeRecord();
-    if (runtime == nullptr || runtime->resources.lock == nullptr || tollan::services::isDetaching()) return handle;
+    if (runtime == nullptr || runtime->resources.lock == nullptr || tollan::services::isDetaching())
+        return handle;
     ResourceEntry *entry = remove(runtime->resources, handle);
     if (entry == nullptr) return handle;
     const bool tellDebugger = entry->flags != 0;

@@ -13,14 +13,23 @@ constexpr const char *kRegistryTexts[] = {
     "No registry key handle after opening the key",                                        // 78
 };
 
+// Run-time checking's texts; the stack check is the first of them to exist.
+constexpr const char *kStackTexts[] = {
+    "ZOR has detected an inconsistency of the run-time stack.\n"
+    "This might have been caused by a calling convention\n"
+    "mismatch in the last function call.",  // 200
+};
+
 constexpr MessageRange kGeneralMessages{0, kGeneralTexts};
 constexpr MessageRange kRegistryMessages{77, kRegistryTexts};
+constexpr MessageRange kStackMessages{200, kStackTexts};
 
 // A subsystem adds its range here: its texts in a file of its own, exposed
 // as an `extern const MessageRange`, and one row below.
 constexpr const MessageRange *kRanges[] = {
     &kGeneralMessages,
     &kRegistryMessages,
+    &kStackMessages,
 };
 
 }  // namespace

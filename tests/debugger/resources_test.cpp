@@ -113,20 +113,23 @@ TEST_F(Tracking, TheDumpListsWhatIsHeldOldestFirstWithItsStack)
     __ZOR_Resource_Release(handle(0x23));
 
     const std::string dump = dumped();
-    const std::string stack = "    0: logs.c:3.1-9.1 (open_logs)\n"
-                              "    1: main.c:10.1-40.1 (main)\n";
+    const std::string stack =
+        "    0: logs.c:3.1-9.1 (open_logs)\n"
+        "    1: main.c:10.1-40.1 (main)\n";
     const size_t first = dump.find("logs.c:6.11 ");
     ASSERT_NE(first, std::string::npos) << dump;
     EXPECT_NE(dump.find(" (Files) file 3 \"a.log\"\n" + stack, first), std::string::npos) << dump;
     EXPECT_NE(dump.find("logs.c:7.2 ", first), std::string::npos) << dump;
-    EXPECT_NE(dump.find(" (Serial port connections) Port 4 with device COM4\n" + stack), std::string::npos) << dump;
+    EXPECT_NE(dump.find(" (Serial port connections) Port 4 with device COM4\n" + stack), std::string::npos)
+        << dump;
     EXPECT_EQ(dump.find("gone"), std::string::npos);
     EXPECT_LT(dump.find("a.log"), dump.find("COM4"));
     __ZOR_Resource_Release(handle(0x21));
     __ZOR_Resource_Release(handle(0x22));
 
     tollan::testing::LogCapture log(ZOR_LOG_WARNING);
-    EXPECT_EQ(__ZOR_Resource_DumpToFile((std::filesystem::temp_directory_path() / "no-such-dir" / "x").string().c_str()),
+    EXPECT_EQ(__ZOR_Resource_DumpToFile(
+                  (std::filesystem::temp_directory_path() / "no-such-dir" / "x").string().c_str()),
               -102);
     EXPECT_EQ(__ZOR_Resource_DumpToFile(nullptr), -102);
     EXPECT_EQ(log.count("Err = -102"), 2u);
@@ -153,8 +156,9 @@ TEST_F(Tracking, TheTableDoublesItsBucketsAtTheEntryThatFillsItToEightyPercent)
     EXPECT_EQ(runtimeRecord()->resources.bucketCount, 131072u);
     __ZOR_Resource_Acquire(handle(104858 * 16), "Block", nullptr);
     EXPECT_EQ(runtimeRecord()->resources.bucketCount, 262144u);
-    EXPECT_EQ(log.count("Resizing hashtable for resource tracking from 131072 to 262144 buckets (104858 entries)."),
-              1u);
+    EXPECT_EQ(
+        log.count("Resizing hashtable for resource tracking from 131072 to 262144 buckets (104858 entries)."),
+        1u);
     // Every entry is still found after the move.
     for (uintptr_t i = 1; i <= 104858; ++i) __ZOR_Resource_Release(handle(i * 16));
     EXPECT_EQ(entries(), 0u);

@@ -6,6 +6,9 @@
 #include <thread>
 
 #include <tollan/debugger.h>
+#include <tollan/logger.h>
+
+#include "fixtures/log_capture.h"
 
 namespace {
 
@@ -124,6 +127,23 @@ TEST(ThreadEnv, SafeCallsSurviveFaults)
     EXPECT_EQ(__DBG_SafeCall(faulting, nullptr), -1);
     EXPECT_EQ(__DBG_SafeCall(nullptr, nullptr), -1);
     EXPECT_EQ(__DBG_SafeCall(harmless, &value), 0);  // and work again afterwards
+}
+
+}  // namespace
+
+namespace {
+
+TEST(ThreadEnv, AnInconsistentStackIsReportedWithWhereItWasNoticed)
+{
+    tollan::testing::LogCapture log(ZOR_LOG_ERROR);
+    ZORThreadEnv *record = __DBG_GetCurrentThreadEnv();
+    __DBG_SetCurrentThreadEnvLocation(record, nullptr, "calls.c", 31, 8);
+    __DBG_ReportStackCorruption();
+    EXPECT_EQ(
+        log.count("ERROR|debugger/cdbruntime|__DBG_ReportStackCorruption|calls.c:31:8: ZOR has detected an "
+                  "inconsistency of the run-time stack."),
+        1u)
+        << log.text();
 }
 
 }  // namespace

@@ -26,6 +26,8 @@ public:
 };
 
 uint32_t currentThreadId() noexcept;
+// The calling thread's priority in the Windows scale.
+int currentThreadPriority() noexcept;
 uint32_t currentProcessId() noexcept;
 // Gives up the processor for at least ms milliseconds.
 void sleepMs(uint32_t ms) noexcept;

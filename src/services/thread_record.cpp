@@ -21,8 +21,9 @@ void ThreadRecordSlot::release() noexcept
     if (slot != 0) threadVars().uninitialize(slot);
 }
 
-void *ThreadRecordSlot::record(size_t bytes) noexcept
+void *ThreadRecordSlot::record(size_t bytes, bool *made) noexcept
 {
+    if (made != nullptr) *made = false;
     const int32_t slot = slot_.load(std::memory_order_acquire);
     if (slot == 0) return nullptr;
     if (void *existing = threadVars().get(slot)) return existing;
@@ -34,6 +35,7 @@ void *ThreadRecordSlot::record(size_t bytes) noexcept
         freeThreadData(fresh);
         return nullptr;
     }
+    if (made != nullptr) *made = true;
     return fresh;
 }
 

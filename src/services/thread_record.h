@@ -16,10 +16,10 @@ public:
     bool reserve() noexcept;
     // Frees the calling thread's record and gives the cell back.
     void release() noexcept;
-    // The calling thread's record, `bytes` long and zero-filled when made.
-    // Null when the cell is not held or the memory cannot be had; the next
-    // call tries again.
-    void *record(size_t bytes) noexcept;
+    // The calling thread's record, `bytes` long and zero-filled when made
+    // (*made, when given, tells whether this call made it). Null when the
+    // cell is not held or the memory cannot be had; the next call tries again.
+    void *record(size_t bytes, bool *made = nullptr) noexcept;
     // Frees the calling thread's record; the next use makes a new one.
     void freeRecord() noexcept;
     // Whether the cell is held.

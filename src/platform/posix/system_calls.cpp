@@ -1,6 +1,8 @@
 #include "platform/posix/system_calls.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -17,6 +19,11 @@ int fcntlWithInt(int fd, int command, int argument)
     return ::fcntl(fd, command, argument);
 }
 
+int ioctlWithPointer(int fd, unsigned long request, void *argument)
+{
+    return ::ioctl(fd, request, argument);
+}
+
 constexpr SystemCalls kReal = {
     .open = openWithMode,
     .close = ::close,
@@ -28,6 +35,13 @@ constexpr SystemCalls kReal = {
     .stat = ::stat,
     .fcntl = fcntlWithInt,
     .send = ::send,
+    .poll = ::poll,
+    .ioctl = ioctlWithPointer,
+    .tcgetattr = ::tcgetattr,
+    .tcsetattr = ::tcsetattr,
+    .tcflush = ::tcflush,
+    .tcflow = ::tcflow,
+    .flock = ::flock,
 };
 
 }  // namespace

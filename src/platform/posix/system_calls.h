@@ -1,5 +1,5 @@
 // The POSIX backend's system calls, reached through one replaceable table.
-// Files and the debugger's channel go through it; serial devices join as they arrive.
+// Files, serial devices and the debugger's channel go through it.
 // Tests put a table of their own in place to produce what a disk or a device
 // produces and a test machine does not: EIO, ENOSPC, EINTR and EAGAIN at any
 // call, a device that vanishes, a short write.
@@ -10,8 +10,10 @@
 
 #include <atomic>
 #include <cstddef>
+#include <poll.h>
 #include <sys/stat.h>
 #include <sys/types.h>
+#include <termios.h>
 
 namespace tollan::platform::posix {
 
@@ -30,6 +32,15 @@ struct SystemCalls {
     // send(2), for sockets: with MSG_NOSIGNAL a vanished peer is an error
     // (EPIPE), never a signal.
     ssize_t (*send)(int fd, const void *buffer, size_t count, int flags);
+    // Serial devices.
+    int (*poll)(struct pollfd *fds, nfds_t count, int timeoutMs);
+    // ioctl(2) for the requests that take a pointer (or nothing).
+    int (*ioctl)(int fd, unsigned long request, void *argument);
+    int (*tcgetattr)(int fd, struct termios *settings);
+    int (*tcsetattr)(int fd, int when, const struct termios *settings);
+    int (*tcflush)(int fd, int queue);
+    int (*tcflow)(int fd, int action);
+    int (*flock)(int fd, int operation);
 };
 
 // The table of the system's own calls.

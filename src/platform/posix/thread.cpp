@@ -136,6 +136,27 @@ uint32_t currentThreadId() noexcept
     return cachedThreadId;
 }
 
+int currentThreadPriority() noexcept
+{
+    errno = 0;
+    const int nice = getpriority(PRIO_PROCESS, static_cast<id_t>(currentThreadId()));
+    if (nice == -1 && errno != 0) return kThreadPriorityNormal;
+    // The Windows priority whose nice value is nearest.
+    constexpr int kPriorities[] = {-15, -2, -1, 0, 1, 2, 15};
+    int best = kThreadPriorityNormal;
+    int bestDistance = 1000;
+    for (int priority : kPriorities) {
+        int value = 0;
+        niceForPriority(priority, &value);
+        const int distance = value > nice ? value - nice : nice - value;
+        if (distance < bestDistance) {
+            best = priority;
+            bestDistance = distance;
+        }
+    }
+    return best;
+}
+
 uint32_t currentProcessId() noexcept
 {
     return static_cast<uint32_t>(getpid());

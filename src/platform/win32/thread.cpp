@@ -87,6 +87,12 @@ std::unique_ptr<Thread> Thread::start(Entry entry, void *argument) noexcept
     return thread;
 }
 
+int currentThreadPriority() noexcept
+{
+    const int priority = GetThreadPriority(GetCurrentThread());
+    return priority == THREAD_PRIORITY_ERROR_RETURN ? kThreadPriorityNormal : priority;
+}
+
 uint32_t currentThreadId() noexcept
 {
     return GetCurrentThreadId();

@@ -8,5 +8,7 @@
 #include <tollan/fmtio.h>
 #include <tollan/utility.h>
 #include <tollan/timerengine.h>
+#include <tollan/rs232.h>
+#include <tollan/debugger.h>
 
 #endif

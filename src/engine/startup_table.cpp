@@ -25,6 +25,7 @@
 #include "engine/library_slot.h"
 #include "debugger/library.h"
 #include "fmtio/library.h"
+#include "rs232/library.h"
 #include "services/character_classes.h"
 #include "services/memory.h"
 #include "stdc/code_page.h"
@@ -159,6 +160,12 @@ constexpr StartupStep kSteps[] = {
      .stage = Stage::runtimeLibraries,
      .initOnce = timing::RegisterUtilityLibraryRunStateChangeCallback,
      .trace = "RegisterUtilityLibraryRunStateChangeCallback returned"},
+    {.name = "QXRS232Initialize",
+     .stage = Stage::runtimeLibraries,
+     .initOnce = rs232::QXRS232Initialize,
+     .trace = "QXRS232Initialize returned",
+     .cleanup = {CleanupPhase::exitApp, cleanup_rank::rs232, rs232::QXRS232Shutdown},
+     .threadCleanup = {thread_cleanup_rank::rs232, rs232::QXRS232ThreadCleanup}},
 };
 
 }  // namespace

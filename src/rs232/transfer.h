@@ -1,0 +1,48 @@
+// What the transfer calls share: the checks of their arguments, reading what
+// has arrived, and the silence timer.
+#pragma once
+
+#include <cstdint>
+
+#include "rs232/com_port.h"
+
+namespace tollan::rs232 {
+
+// 0 when a transfer may go ahead: -94 for a count of 2^31 or more, -152 for
+// a null buffer.
+int32_t checkTransfer(const void *buffer, uint64_t count) noexcept;
+
+// Takes at most `count` bytes that have arrived (a byte pushed back comes
+// first), without waiting. 0 or a library code.
+int32_t ReadPending(ComPort &port, unsigned char *buffer, uint32_t count, uint32_t *got) noexcept;
+
+// The port's silence time-out: it runs from the first pass that moved
+// nothing after the last progress, and restarts when bytes move. 0 means
+// no limit.
+class SilenceTimer {
+public:
+    explicit SilenceTimer(uint32_t timeoutMs) noexcept : timeoutMs_(timeoutMs) {}
+    void progress() noexcept { running_ = false; }
+    // A pass that moved nothing: true when the time-out has run out.
+    bool expired() noexcept;
+    // What a wait may last before the time-out runs out (0xFFFFFFFF: no limit).
+    uint32_t remainingMs() const noexcept;
+
+private:
+    uint32_t timeoutMs_;
+    bool running_ = false;
+    uint32_t start_ = 0;
+};
+
+// Reads up to `count` bytes with the port's silence time-out (the wait
+// between two passes blocks until bytes arrive). *got: bytes read. 0, -99
+// (time-out, *got holds what came) or another code.
+int32_t readWithTimeout(ComPort &port, unsigned char *buffer, uint32_t count, uint32_t timeoutMs,
+                        uint32_t *got) noexcept;
+
+// After a CR or LF terminator: the byte that follows within two character
+// times is swallowed when it is the partner (LF after CR, CR after LF) and
+// kept for the next read otherwise.
+void swallowPartner(ComPort &port, unsigned char terminator) noexcept;
+
+}  // namespace tollan::rs232

@@ -3,9 +3,11 @@
 // Tollan can be used and tested on POSIX. See docs/debugging.md.
 #include <sys/wait.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <optional>
 #include <string>
 
 #include "child_process.h"

@@ -8,6 +8,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <memory>
+#include <optional>
+#include <string_view>
 
 #include <tollan/debugger.h>
 

@@ -37,6 +37,10 @@ TEST(MonitorEventTexts, AreDecodedOrShownAsTheyCame)
     EXPECT_EQ(describeEventText(attach),
               "module attached: C:\\odd:15|name|x.dll (handle 00007F0000001000, "
               "1 debug-table entry, version 17.0.0.295)");
+    const std::optional<EventText> withColonField = parseEventText("@{call|reset:6|note:|9}@");
+    ASSERT_TRUE(withColonField.has_value());
+    EXPECT_EQ(withColonField->arguments, std::vector<std::string>{"reset"});
+    EXPECT_EQ(withColonField->fields, (std::vector<std::string>{"note:", "9"}));
     EXPECT_EQ(describeEventText("@{update_watchpoints:}@"),
               "the program asks for its watchpoints to be updated");
     EXPECT_EQ(describeEventText("@{call|reset:6}@"), "the program calls the reset hook");

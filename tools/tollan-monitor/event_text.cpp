@@ -23,8 +23,8 @@ bool allDigits(std::string_view text)
 
 // Where the ":HEAD" marker starts in the body after the name, or npos.
 // Arguments may hold ':' themselves (a file name can), so the last marker
-// whose number is the head length wins; failing that, the last one that is
-// a number at all (or empty).
+// whose number is the head length wins; failing that, the last one whose
+// number is some other number or empty.
 size_t findHeadMarker(std::string_view body, size_t nameLength)
 {
     const std::string head = std::to_string(nameLength + 2);
@@ -35,7 +35,7 @@ size_t findHeadMarker(std::string_view body, size_t nameLength)
         const std::string_view number =
             body.substr(colon + 1, end == std::string_view::npos ? end : end - colon - 1);
         if (!allDigits(number)) continue;
-        if (number == head || number.empty()) return colon;
+        if (number == head) return colon;
         if (fallback == std::string_view::npos) fallback = colon;
     }
     return fallback;

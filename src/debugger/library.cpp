@@ -20,6 +20,15 @@ void threadEnds() noexcept
     if (table.connectedWord != 0 && table.threadEnds != nullptr) table.threadEnds();
 }
 
+void releaseExitingThreadState() noexcept
+{
+    // No thread detach comes for the thread that ends the process: its record
+    // goes here, after the last text to the debugger and while the run-time
+    // record that frees it is still there. A module that only adopted the
+    // run-time record leaves it, as the thread may go on using it.
+    if (ownsRuntimeRecord()) releaseCurrentThreadEnv();
+}
+
 void releaseThreadState() noexcept
 {
     releaseCurrentThreadEnv();

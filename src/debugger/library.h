@@ -15,6 +15,7 @@ bool InitExecutionThreadVars() noexcept;
 void releaseExecutionThreadVars() noexcept;  // the thread-state slot
 void closeDebuggerSide() noexcept;           // WExitApp: tally, leaving, shared block, disconnect
 void disconnectChannel() noexcept;           // WExitApp: the debug channel
+void releaseExitingThreadState() noexcept;   // WExitApp: the exiting thread's record
 void closeThreadSynchronisation() noexcept;  // WExitApp: the run-time record
 void freeThreadEnvIndex() noexcept;          // after the async protection: the records' index
 

@@ -268,12 +268,16 @@ int32_t disconnect(int32_t flag) noexcept
         services::formatTextInto(name, sizeof name, "Vantrel - ZOR DBG Debugger Disconnected %d",
                                  static_cast<int>(platform::currentProcessId()));
         std::unique_ptr<platform::Event> letGo = platform::Event::create(false, false, name);
-        if (ZORThreadEnv *record = __DBG_GetCurrentThreadEnv()) {
+        ZORThreadEnv *record = __DBG_GetCurrentThreadEnv();
+        if (record != nullptr) {
             record->breakReason = ZOR_BREAK_REASON_DISCONNECTED;
             record->breakDetail = nullptr;
         }
         breakIntoDebugger();
         if (letGo != nullptr) letGo->wait(platform::kWaitForever);
+        // The reason was this stop's alone: a later break of the thread (after
+        // a new connection) must not look like another disconnect.
+        if (record != nullptr) record->breakReason = 0;
     }
     local.connectedWord = 0;
     char name[96];

@@ -96,11 +96,16 @@ constexpr StartupStep kSteps[] = {
      .trace = "CdbInitialize returned",
      .failureCode = kDebugLinkFailed,
      .cleanup = {CleanupPhase::exitApp, cleanup_rank::debuggerSide, debugger::closeDebuggerSide}},
-    // Clean-ups only: the debug channel, and the thread-state records' index
-    // once the async protection is undone.
+    // Clean-ups only: the debug channel, the record of the thread that ends
+    // the process (no thread detach comes for it), and the thread-state
+    // records' index once the async protection is undone.
     {.name = "DebugChannel",
      .stage = Stage::initApp,
      .cleanup = {CleanupPhase::exitApp, cleanup_rank::debugChannel, debugger::disconnectChannel}},
+    {.name = "ExitingThreadState",
+     .stage = Stage::initApp,
+     .cleanup = {CleanupPhase::exitApp, cleanup_rank::exitingThreadState,
+                 debugger::releaseExitingThreadState}},
     {.name = "ThreadEnvironmentIndex",
      .stage = Stage::initApp,
      .cleanup = {CleanupPhase::protection, cleanup_rank::threadEnvironmentIndex,

@@ -47,6 +47,7 @@ inline constexpr uint8_t fmtio = 40;
 inline constexpr uint8_t timerResolution = 10;
 inline constexpr uint8_t debuggerSide = 20;
 inline constexpr uint8_t debugChannel = 30;
+inline constexpr uint8_t exitingThreadState = 35;
 inline constexpr uint8_t threadSynchronisation = 40;
 inline constexpr uint8_t remoteLink = 50;
 inline constexpr uint8_t rs232 = 60;

@@ -1,0 +1,16 @@
+# The monitor's tests run tollan-monitor (POSIX only) with the probes beside
+# the test program, and link the monitor's parts for the tests of its
+# readers.
+if(TARGET test_monitor)
+  target_link_libraries(test_monitor PRIVATE tollan_monitor_parts)
+  target_compile_definitions(test_monitor PRIVATE TOLLAN_MONITOR_PATH="$<TARGET_FILE:tollan-monitor>")
+  add_dependencies(test_monitor tollan-monitor)
+  tollan_probe(monitor monitor_probe)
+  target_link_libraries(monitor_probe PRIVATE tollan)
+  # Resource tracking's exported functions are needed by this probe and its test.
+  if(TOLLAN_MONITOR_RESOURCE_PROBE)
+    tollan_probe(monitor resource_probe)
+    target_link_libraries(resource_probe PRIVATE tollan)
+    target_compile_definitions(test_monitor PRIVATE TOLLAN_MONITOR_RESOURCE_PROBE=1)
+  endif()
+endif()

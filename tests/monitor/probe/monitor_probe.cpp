@@ -1,0 +1,87 @@
+// A program linked with the library, run under tollan-monitor by the
+// monitor's tests. argv[1] picks what it does; it prints its results on
+// standard output for the test to check.
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include <tollan/debugger.h>
+#include <tollan/engine.h>
+#include <tollan/logger.h>
+
+namespace {
+
+// Stops in a function entered at probe.c, at line 42 column 7.
+int breakInAFunction()
+{
+    ZORThreadEnv *record = __DBG_GetCurrentThreadEnv();
+    ZORFunctionFrame frame{};
+    frame.functionName = "probe_function";
+    frame.startPosition = 40u << 10 | 1;
+    frame.endPosition = 50u << 10 | 1;
+    __DBG_EnterFunctionInCurrentThreadEnv(record, &frame, "probe.c");
+    __DBG_SetCurrentThreadEnvPosition(record, nullptr, 42, 7);
+    const int result = __ZOR_Debug_Break();
+    __DBG_LeaveFunctionInCurrentThreadEnv(record, &frame);
+    return result;
+}
+
+// Writes `text` to the monitor's standard I/O pipe, whose socket path is
+// `prefix` followed by this process's id in hex.
+int writeStandardIO(const char *prefix, const char *text, size_t length)
+{
+    char path[sizeof(sockaddr_un::sun_path)];
+    std::snprintf(path, sizeof path, "%s%x", prefix, static_cast<unsigned>(getpid()));
+    const int fd = socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strcpy(address.sun_path, path);
+    if (fd < 0 || connect(fd, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) return 1;
+    const bool written = write(fd, text, length) == static_cast<ssize_t>(length);
+    close(fd);
+    return written ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int argc, char **argv)
+{
+    const std::string mode = argc > 1 ? argv[1] : "";
+    if (mode == "plain") {
+        std::printf("probe ran\n");
+        return 0;
+    }
+    if (mode == "break") {
+        const int connected = __ZOR_Debug_IsConnected();
+        const int debugged = BeingDebuggedByZOR();
+        const int result = breakInAFunction();
+        std::printf("after break: result %d connected %d debugged %d\n", result, connected, debugged);
+        return 0;
+    }
+    if (mode == "disconnect") {
+        const int result = __ZOR_Debug_Disconnect();
+        std::printf("disconnect: result %d connected %d\n", result, __ZOR_Debug_IsConnected());
+        // Connected again, an ordinary break is just a break.
+        const int again = __ZOR_Debug_Connect(nullptr, 0, 0);
+        std::printf("reconnect: result %d break %d\n", again, breakInAFunction());
+        return 0;
+    }
+    if (mode == "exit") {
+        SetZORLogReportingLocation(ZOR_LOG_LOCATION_DEBUG_OUTPUT, 0, nullptr);
+        SetZORLogOutputFormat("[MSG]");
+        WriteZORLogMessage(ZOR_LOG_FATAL, 0, 0, __FILE__, __func__, __LINE__, "probe ends with %d", 3);
+        std::fflush(stdout);
+        std::exit(3);
+    }
+    if (mode == "stdio" && argc > 2) {
+        static const char text[] = "through the pipe\n\0binary\xff";
+        return writeStandardIO(argv[2], text, sizeof text - 1);
+    }
+    std::fprintf(stderr, "monitor_probe: unknown mode '%s'\n", mode.c_str());
+    return 2;
+}

@@ -1,0 +1,24 @@
+// Where the monitor's own lines go: standard error, or the file that --log
+// names. Every line begins "tollan-monitor: " so that it stands apart from
+// the program's own output, which shares the terminal. Standard output is
+// left to the program and to what arrives on its standard I/O pipe.
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+namespace tollan::monitor {
+
+class Report {
+public:
+    // stream: where the lines go; the Report does not close it.
+    explicit Report(FILE *stream) noexcept : stream_(stream) {}
+    // One line, formatted with printf rules, written and flushed at once.
+    void line(const char *format, ...) noexcept __attribute__((format(printf, 2, 3)));
+    void line(const std::string &text) noexcept { line("%s", text.c_str()); }
+
+private:
+    FILE *stream_;
+};
+
+}  // namespace tollan::monitor

@@ -1,0 +1,77 @@
+// One monitored run: the loop that serves the program from the moment it is
+// let go until it has ended. It waits (poll) on the two listening sockets,
+// the connections the program made, the program's end and, with --pause,
+// the terminal.
+//
+// Debug-output connections carry records (record_stream.h):
+//   'O' an event text: shown, then answered 'k' (the program waits for it);
+//       "resources_final_tally" makes the monitor list the resources still
+//       held first, while the program still waits;
+//   'P' debug output: shown;
+//   'B' a break, on a connection of its own: where the thread stopped is
+//       shown, then the thread is resumed ('r'), at once or, with --pause,
+//       when Enter is pressed. After a break of reason 35 (the program
+//       disconnects) the monitor sets the program's "Debugger Disconnected"
+//       event, which the program waits on.
+// Standard I/O connections are copied to the monitor's standard output as
+// they come.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "child_process.h"
+#include "link_objects.h"
+#include "process_memory.h"
+#include "record_stream.h"
+#include "report.h"
+
+namespace tollan::monitor {
+
+class Session {
+public:
+    // pause: hold every break until Enter is pressed on the terminal (when
+    // there is one; otherwise breaks are resumed at once, and the report says so).
+    Session(ChildProcess &child, const LinkObjects &objects, Report &report, bool pause);
+    ~Session();
+    Session(const Session &) = delete;
+    Session &operator=(const Session &) = delete;
+
+    // Serves the program until it has ended; returns its wait status.
+    int run();
+
+private:
+    struct Connection {
+        int fd;
+        bool standardIO;
+        RecordStream records;
+    };
+    struct HeldBreak {
+        int fd;
+        uint64_t threadId;
+        int32_t reason;
+    };
+    enum class ReadOutcome { data, nothingYet, closed };
+
+    void acceptAll(int listener, bool standardIO);
+    ReadOutcome serve(Connection &connection);
+    void handleRecord(Connection &connection, const Record &record);
+    void handleText(const std::string &text);
+    void handleBreak(Connection &connection, const Record &record);
+    void resume(const HeldBreak &held);
+    void readTerminal();
+    void closeConnection(Connection &connection);
+    // After the program has ended: whatever it still sent.
+    void drain();
+
+    ChildProcess &child_;
+    const LinkObjects &objects_;
+    Report &report_;
+    ProcessMemory memory_;
+    int terminal_ = -1;
+    std::vector<Connection> connections_;
+    std::vector<HeldBreak> held_;
+};
+
+}  // namespace tollan::monitor

@@ -18,10 +18,12 @@ deps-bench:
 build/%/build.ninja:
 	$(CMAKE) --preset $*
 
+# The instrument demo talks to a simulated instrument on a pseudo-terminal;
+# DEVICE=/dev/ttyUSB0 (say) has it talk to a real one instead.
 demo: deps-check
 	$(CMAKE) --preset linux >/dev/null
 	$(CMAKE) --build --preset linux -j $(JOBS) --target demo
-	build/linux/bin/demo
+	build/linux/bin/demo $(if $(DEVICE),--device '$(DEVICE)')
 
 check: deps-check check-linux check-windows
 

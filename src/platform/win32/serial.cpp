@@ -2,13 +2,17 @@
 // a wait for input on a caller's thread and a write on the writing thread can
 // be under way on one handle at the same time. Every operation is the
 // communications call of the same name; a failure leaves the thread's last
-// error as the system set it.
+// error as the system set it. A wait for input is a one-byte read whose
+// time-outs end it at the first byte or after the time asked for; the byte
+// it brings is held for the next read.
 #include "platform/serial.h"
+
+#include "platform/lock.h"
 
 #include <windows.h>
 
 #include <algorithm>
-#include <atomic>
+#include <mutex>
 #include <cstring>
 #include <new>
 #include <string>
@@ -90,9 +94,7 @@ public:
     {
         readEvent_ = CreateEventA(nullptr, FALSE, FALSE, nullptr);
         writeEvent_ = CreateEventA(nullptr, FALSE, FALSE, nullptr);
-        waitEvent_ = CreateEventA(nullptr, TRUE, FALSE, nullptr);
-        interruptEvent_ = CreateEventA(nullptr, FALSE, FALSE, nullptr);
-        return readEvent_ && writeEvent_ && waitEvent_ && interruptEvent_;
+        return readEvent_ && writeEvent_;
     }
 
     bool apply(SerialSettings *settings, uint32_t inQueue, uint32_t outQueue) noexcept override
@@ -144,8 +146,11 @@ public:
         applied = step(SetupComm(device_, inQueue, outQueue)) && applied;
         // A read takes what the driver holds and returns at once; writes
         // have no time-out until setWriteTimeout gives one.
-        COMMTIMEOUTS timeouts{MAXDWORD, 0, 0, 0, 0};
-        applied = step(SetCommTimeouts(device_, &timeouts)) && applied;
+        {
+            std::lock_guard hold(timeoutsLock_);
+            timeouts_ = COMMTIMEOUTS{MAXDWORD, 0, 0, 0, 0};
+            applied = step(SetCommTimeouts(device_, &timeouts_)) && applied;
+        }
         if (!applied) SetLastError(firstError);
         return applied;
     }
@@ -175,20 +180,30 @@ public:
     bool setWriteTimeout(uint32_t ms) noexcept override
     {
         if (closed()) return false;
-        COMMTIMEOUTS timeouts{MAXDWORD, 0, 0, 0, ms};
-        return SetCommTimeouts(device_, &timeouts) != FALSE;
+        std::lock_guard hold(timeoutsLock_);
+        if (timeouts_.WriteTotalTimeoutConstant == ms) return true;
+        COMMTIMEOUTS timeouts = timeouts_;
+        timeouts.WriteTotalTimeoutConstant = ms;
+        if (!SetCommTimeouts(device_, &timeouts)) return false;
+        timeouts_ = timeouts;
+        return true;
     }
 
     bool read(void *buffer, uint32_t count, uint32_t *got) noexcept override
     {
         *got = 0;
         if (closed()) return false;
-        OVERLAPPED overlapped{};
-        overlapped.hEvent = readEvent_;
-        if (!ReadFile(device_, buffer, count, nullptr, &overlapped) && GetLastError() != ERROR_IO_PENDING)
-            return false;
+        if (count == 0) return true;
+        // The byte a wait brought comes first, alone, so that an error of
+        // the read after it cannot lose it.
+        if (held_) {
+            *static_cast<unsigned char *>(buffer) = heldByte_;
+            held_ = false;
+            *got = 1;
+            return true;
+        }
         DWORD transferred = 0;
-        const bool done = GetOverlappedResult(device_, &overlapped, &transferred, TRUE) != FALSE;
+        const bool done = timedRead(buffer, count, kReturnAtOnce, &transferred);
         *got = transferred;
         return done;
     }
@@ -196,31 +211,18 @@ public:
     bool waitReadable(uint32_t ms) noexcept override
     {
         if (closed()) return false;
-        // Waiting is no failure, whatever the calls on the way report.
+        if (held_) return true;
+        if (ms == 0) return false;
+        // Waiting is no failure, whatever the read on the way reports.
         KeepLastError keep;
-        const bool forever = ms == INFINITE;
-        const ULONGLONG deadline = GetTickCount64() + ms;
-        for (;;) {
-            const ULONGLONG now = GetTickCount64();
-            const DWORD left = forever ? INFINITE : static_cast<DWORD>(deadline > now ? deadline - now : 0);
-            switch (waitOnce(left)) {
-                case Wait::byte:
-                    return true;
-                case Wait::timedOut:
-                case Wait::interrupted:
-                    return false;
-                case Wait::unusable:
-                    // No event to wait for: the caller polls again shortly.
-                    Sleep(1);
-                    return true;
-                case Wait::nothing:
-                    // The wait ended without a byte (its mask was changed):
-                    // wait again, but never at full speed.
-                    if (left == 0) return false;
-                    Sleep(1);
-                    break;
-            }
-        }
+        // No interval and no total time-out: the read waits for its one byte.
+        const ReadTimeouts limit =
+            ms == INFINITE ? ReadTimeouts{0, 0, 0} : ReadTimeouts{MAXDWORD, MAXDWORD, ms};
+        DWORD transferred = 0;
+        const bool done = timedRead(&heldByte_, 1, limit, &transferred);
+        held_ = transferred == 1;
+        // A failed read other than an abort is reported by the next read.
+        return held_ || (!done && GetLastError() != ERROR_OPERATION_ABORTED);
     }
 
     bool write(const void *buffer, uint32_t count, uint32_t *written) noexcept override
@@ -243,11 +245,15 @@ public:
     {
         if (closed()) return;
         KeepLastError keep;
-        SetEvent(interruptEvent_);
         PurgeComm(device_, PURGE_TXABORT | PURGE_RXABORT);
     }
 
-    bool purge(uint32_t flags) noexcept override { return !closed() && PurgeComm(device_, flags) != FALSE; }
+    bool purge(uint32_t flags) noexcept override
+    {
+        if (closed()) return false;
+        if ((flags & PURGE_RXCLEAR) != 0) held_ = false;
+        return PurgeComm(device_, flags) != FALSE;
+    }
 
     bool escape(uint32_t code) noexcept override
     {
@@ -281,10 +287,10 @@ public:
         DWORD errors = 0;
         COMSTAT state{};
         if (!ClearCommError(device_, &errors, &state)) return false;
-        status->errors = errors | missedErrors_.exchange(0);
+        status->errors = errors;
         status->holdByXoff = state.fXoffHold != 0;
         status->xoffSent = state.fXoffSent != 0;
-        status->inQueue = state.cbInQue;
+        status->inQueue = state.cbInQue + (held_ ? 1 : 0);
         status->outQueue = state.cbOutQue;
         return true;
     }
@@ -312,7 +318,8 @@ public:
         const bool done = CloseHandle(device_) != FALSE;
         KeepLastError keep;
         device_ = INVALID_HANDLE_VALUE;
-        for (HANDLE *event : {&readEvent_, &writeEvent_, &waitEvent_, &interruptEvent_}) {
+        held_ = false;
+        for (HANDLE *event : {&readEvent_, &writeEvent_}) {
             if (*event) CloseHandle(*event);
             *event = nullptr;
         }
@@ -320,7 +327,13 @@ public:
     }
 
 private:
-    enum class Wait { byte, nothing, timedOut, interrupted, unusable };
+    // The read part of the communications time-outs.
+    struct ReadTimeouts {
+        DWORD interval;
+        DWORD multiplier;
+        DWORD constant;
+    };
+    static constexpr ReadTimeouts kReturnAtOnce{MAXDWORD, 0, 0};
 
     // A closed port refuses every call as a closed handle would.
     bool closed() const noexcept
@@ -330,73 +343,44 @@ private:
         return true;
     }
 
-    // Whether the driver holds received bytes. Looking clears the driver's
-    // error flags: they are kept for the next status report.
-    bool bytesWaiting() noexcept
+    // One overlapped read under the given read time-outs. The time-outs are
+    // set, when they change, together with the read's start, so that the
+    // writing thread's write time-out never meets a half-changed set.
+    bool timedRead(void *buffer, DWORD count, ReadTimeouts limit, DWORD *transferred) noexcept
     {
-        DWORD errors = 0;
-        COMSTAT state{};
-        if (!ClearCommError(device_, &errors, &state)) return false;
-        if (errors != 0) missedErrors_.fetch_or(errors);
-        return state.cbInQue > 0;
-    }
-
-    // One wait for a received character. It always ends with the device's
-    // wait complete, so that nothing is left writing into `overlapped` or
-    // `events` once this returns.
-    Wait waitOnce(DWORD ms) noexcept
-    {
-        if (!SetCommMask(device_, EV_RXCHAR)) return Wait::unusable;
-        ResetEvent(waitEvent_);
+        *transferred = 0;
         OVERLAPPED overlapped{};
-        overlapped.hEvent = waitEvent_;
-        DWORD events = 0;
-        if (WaitCommEvent(device_, &events, &overlapped))
-            return (events & EV_RXCHAR) != 0 || bytesWaiting() ? Wait::byte : Wait::nothing;
-        if (GetLastError() != ERROR_IO_PENDING) return Wait::unusable;
-        // Bytes that came before the wait began raise no event: they are
-        // looked for once the wait is in place, so none slips between.
-        if (bytesWaiting()) {
-            endWait(&overlapped);
-            return Wait::byte;
+        overlapped.hEvent = readEvent_;
+        {
+            std::lock_guard hold(timeoutsLock_);
+            if (timeouts_.ReadIntervalTimeout != limit.interval ||
+                timeouts_.ReadTotalTimeoutMultiplier != limit.multiplier ||
+                timeouts_.ReadTotalTimeoutConstant != limit.constant) {
+                COMMTIMEOUTS timeouts = timeouts_;
+                timeouts.ReadIntervalTimeout = limit.interval;
+                timeouts.ReadTotalTimeoutMultiplier = limit.multiplier;
+                timeouts.ReadTotalTimeoutConstant = limit.constant;
+                if (!SetCommTimeouts(device_, &timeouts)) return false;
+                timeouts_ = timeouts;
+            }
+            if (!ReadFile(device_, buffer, count, nullptr, &overlapped) && GetLastError() != ERROR_IO_PENDING)
+                return false;
         }
-        const HANDLE handles[] = {waitEvent_, interruptEvent_};
-        const DWORD woken = WaitForMultipleObjects(2, handles, FALSE, ms);
-        if (woken == WAIT_OBJECT_0) {
-            DWORD unused = 0;
-            if (!GetOverlappedResult(device_, &overlapped, &unused, TRUE)) return Wait::unusable;
-            return (events & EV_RXCHAR) != 0 || bytesWaiting() ? Wait::byte : Wait::nothing;
-        }
-        endWait(&overlapped);
-        switch (woken) {
-            case WAIT_OBJECT_0 + 1:
-                return Wait::interrupted;
-            case WAIT_TIMEOUT:
-                return Wait::timedOut;
-            default:
-                return Wait::unusable;
-        }
-    }
-
-    // Cancels a wait that is still pending and waits until it has ended.
-    void endWait(OVERLAPPED *overlapped) noexcept
-    {
-        // An empty mask ends the wait where cancelling cannot.
-        if (!CancelIoEx(device_, overlapped) && GetLastError() != ERROR_NOT_FOUND) SetCommMask(device_, 0);
-        DWORD unused = 0;
-        GetOverlappedResult(device_, overlapped, &unused, TRUE);
+        return GetOverlappedResult(device_, &overlapped, transferred, TRUE) != FALSE;
     }
 
     HANDLE device_;
-    HANDLE readEvent_ = nullptr;       // auto-reset: a read's completion
-    HANDLE writeEvent_ = nullptr;      // auto-reset: a write's completion
-    HANDLE waitEvent_ = nullptr;       // manual-reset: a wait for a character
-    HANDLE interruptEvent_ = nullptr;  // auto-reset: ends the wait in progress, or the next one
+    HANDLE readEvent_ = nullptr;   // auto-reset: a read's completion
+    HANDLE writeEvent_ = nullptr;  // auto-reset: a write's completion
     // The device-control block as last given to or read from the device.
     DCB state_{};
     bool stateKnown_ = false;
-    // Line errors cleared while waiting, not yet reported by status().
-    std::atomic<uint32_t> missedErrors_{0};
+    // The communications time-outs as last set.
+    COMMTIMEOUTS timeouts_{};
+    platform::RecursiveLock timeoutsLock_;
+    // The byte a wait for input read, not yet handed to a read.
+    bool held_ = false;
+    unsigned char heldByte_ = 0;
 };
 
 }  // namespace

@@ -132,6 +132,27 @@ TEST(VanishedDevice, FailsEveryTransferAndStillCloses)
     EXPECT_EQ(CloseCom(kPort), 0);
 }
 
+// The far end goes away for real: the line hangs up under a waiting read.
+TEST(VanishedDevice, AHangUpEndsAWaitingReadWithAnError)
+{
+    PtyPair pty;
+    ASSERT_EQ(OpenComConfig(kPort, pty.device().c_str(), 115200, 0, 8, 1, 0, 0), 0);
+    ASSERT_EQ(SetComTime(kPort, 0.0), 0);  // no time-out: only the hang-up can end the read
+    int32_t result = 0;
+    std::thread reader([&] {
+        char bytes[4];
+        result = ComRd(kPort, bytes, sizeof bytes);
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    pty.hangUp();
+    reader.join();
+    EXPECT_EQ(result, ZOR_RS232_SYSTEM_ERROR);
+    char line[8];
+    EXPECT_EQ(ComRdTerm(kPort, line, sizeof line, '\n'), ZOR_RS232_SYSTEM_ERROR);
+    CloseCom(kPort);
+    EXPECT_EQ(GetInQLen(kPort), ZOR_RS232_PORT_NOT_OPEN);
+}
+
 // Calls that are interrupted, that would block, or that move less than asked
 // for, all the way through a transfer in each direction.
 TEST_F(FailingLine, InterruptedAndBlockedCallsLoseAndDuplicateNothing)

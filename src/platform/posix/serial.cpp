@@ -208,6 +208,11 @@ public:
         *got = 0;
         for (;;) {
             const ssize_t n = sys().read(fd_, buffer, count);
+            // A terminal whose line was hung up reads as empty for ever.
+            if (n == 0 && count > 0 && hungUp_.load()) {
+                errno = EIO;
+                return failTransfer();
+            }
             if (n >= 0) {
                 *got = static_cast<uint32_t>(n);
                 return true;
@@ -226,7 +231,11 @@ public:
             pollfd wait{fd_, POLLIN, 0};
             const int timeout = forever ? -1 : static_cast<int>(posix::remainingMs(deadline));
             const int ready = sys().poll(&wait, 1, timeout);
-            if (ready > 0) return true;  // data, or a hang-up that the next read reports
+            if (ready > 0) {
+                // Data, or a hang-up that the next read reports.
+                if ((wait.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0) hungUp_.store(true);
+                return true;
+            }
             if (ready == 0) return false;
             if (errno != EINTR) return failTransfer();
         }
@@ -410,6 +419,8 @@ private:
     // Wakes a write that waits for the device: purge with transmit abort, close.
     int abortPipe_[2] = {-1, -1};
     std::atomic<uint64_t> abortGeneration_{0};
+    // The line was hung up (the device went away): empty reads are failures.
+    std::atomic<bool> hungUp_{false};
     std::atomic<uint32_t> writeTimeoutMs_{0};
     uint32_t inQueue_ = 0;
     uint32_t outQueue_ = 0;

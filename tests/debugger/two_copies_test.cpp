@@ -17,8 +17,9 @@ TEST(RuntimeRecord, ASecondCopyOfTheLibraryAdoptsTheFirstOnesRecord)
     if (!original.is_absolute()) original = std::filesystem::path(probeDirectory()) / original;
     const std::filesystem::path copy = original.parent_path() / ("copy-" + original.filename().string());
     std::filesystem::copy_file(original, copy, std::filesystem::copy_options::overwrite_existing);
-    const int status =
-        std::system((probePath("two_copies_probe") + " " + original.string() + " " + copy.string()).c_str());
+    const int status = std::system(
+        (kUnloadEnvironment + probePath("two_copies_probe") + " " + original.string() + " " + copy.string())
+            .c_str());
     std::filesystem::remove(copy);
     EXPECT_EQ(status, 0);
 }

@@ -23,16 +23,6 @@ constexpr int kUnloadCycles = 1000;
 constexpr int kExits = 1000;
 #endif
 
-#if defined(__SANITIZE_ADDRESS__)
-// Memory that a thread still alive at an unload holds in thread variables is
-// left to it, and objects that live as long as the library are not freed
-// when it goes: each cycle leaves some behind, by design. The probe is about
-// crashes, so leaks are not counted.
-const std::string kUnloadEnvironment = "ASAN_OPTIONS=detect_leaks=0:abort_on_error=1 ";
-#else
-const std::string kUnloadEnvironment;
-#endif
-
 int run(const std::string &command)
 {
     return std::system(command.c_str());

@@ -139,18 +139,18 @@ private:
 
 // Formats one conversion with its own argument through snprintf.
 template <typename Value>
-bool formatOne(Sink &sink, const char *spec, int stars, const int *starValues, Value value) noexcept
+bool formatOne(Sink &sink, const char *text, int stars, const int *starValues, Value value) noexcept
 {
     int length;
-    // The specification was taken from a format the caller vouched for.
+    // The text was taken from a format the caller vouched for.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
     if (stars == 2)
-        length = std::snprintf(sink.end(), sink.room(), spec, starValues[0], starValues[1], value);
+        length = std::snprintf(sink.end(), sink.room(), text, starValues[0], starValues[1], value);
     else if (stars == 1)
-        length = std::snprintf(sink.end(), sink.room(), spec, starValues[0], value);
+        length = std::snprintf(sink.end(), sink.room(), text, starValues[0], value);
     else
-        length = std::snprintf(sink.end(), sink.room(), spec, value);
+        length = std::snprintf(sink.end(), sink.room(), text, value);
 #pragma GCC diagnostic pop
     if (length < 0) return false;
     sink.advance(static_cast<size_t>(length));
@@ -158,12 +158,12 @@ bool formatOne(Sink &sink, const char *spec, int stars, const int *starValues, V
 }
 
 template <typename Signed, typename Unsigned>
-bool formatInteger(Sink &sink, const Conversion &c, const char *spec, int stars, const int *starValues,
+bool formatInteger(Sink &sink, const Conversion &c, const char *text, int stars, const int *starValues,
                    va_list &args) noexcept
 {
     const bool isSigned = c.type == 'd' || c.type == 'i';
-    if (isSigned) return formatOne(sink, spec, stars, starValues, va_arg(args, Signed));
-    return formatOne(sink, spec, stars, starValues, va_arg(args, Unsigned));
+    if (isSigned) return formatOne(sink, text, stars, starValues, va_arg(args, Signed));
+    return formatOne(sink, text, stars, starValues, va_arg(args, Unsigned));
 }
 
 bool formatConversion(Sink &sink, const Conversion &c, va_list &args) noexcept
@@ -224,11 +224,11 @@ bool formatConversion(Sink &sink, const Conversion &c, va_list &args) noexcept
         return true;
     }
 
-    char spec[64];
-    const size_t specLength = static_cast<size_t>(c.end - c.start);
-    if (specLength >= sizeof spec) return false;
-    std::memcpy(spec, c.start, specLength);
-    spec[specLength] = '\0';
+    char text[64];
+    const size_t textLength = static_cast<size_t>(c.end - c.start);
+    if (textLength >= sizeof text) return false;
+    std::memcpy(text, c.start, textLength);
+    text[textLength] = '\0';
 
     switch (c.type) {
         case 'd':
@@ -239,28 +239,28 @@ bool formatConversion(Sink &sink, const Conversion &c, va_list &args) noexcept
         case 'X':
             switch (c.length) {
                 case Length::l:
-                    return formatInteger<long, unsigned long>(sink, c, spec, stars, starValues, args);
+                    return formatInteger<long, unsigned long>(sink, c, text, stars, starValues, args);
                 case Length::ll:
-                    return formatInteger<long long, unsigned long long>(sink, c, spec, stars, starValues,
+                    return formatInteger<long long, unsigned long long>(sink, c, text, stars, starValues,
                                                                         args);
                 case Length::j:
-                    return formatInteger<intmax_t, uintmax_t>(sink, c, spec, stars, starValues, args);
+                    return formatInteger<intmax_t, uintmax_t>(sink, c, text, stars, starValues, args);
                 case Length::z:
-                    return formatInteger<ptrdiff_t, size_t>(sink, c, spec, stars, starValues, args);
+                    return formatInteger<ptrdiff_t, size_t>(sink, c, text, stars, starValues, args);
                 case Length::t:
-                    return formatInteger<ptrdiff_t, size_t>(sink, c, spec, stars, starValues, args);
-                // hh and h arrive promoted to int; the specification narrows them.
+                    return formatInteger<ptrdiff_t, size_t>(sink, c, text, stars, starValues, args);
+                // hh and h arrive promoted to int; the conversion narrows them.
                 default:
-                    return formatInteger<int, unsigned>(sink, c, spec, stars, starValues, args);
+                    return formatInteger<int, unsigned>(sink, c, text, stars, starValues, args);
             }
         case 'c':
             if (c.length == Length::l)
-                return formatOne(sink, spec, stars, starValues, va_arg(args, PromotedWint));
-            return formatOne(sink, spec, stars, starValues, va_arg(args, int));
+                return formatOne(sink, text, stars, starValues, va_arg(args, PromotedWint));
+            return formatOne(sink, text, stars, starValues, va_arg(args, int));
         case 's':
             if (c.length == Length::l)
-                return formatOne(sink, spec, stars, starValues, va_arg(args, const wchar_t *));
-            return formatOne(sink, spec, stars, starValues, va_arg(args, const char *));
+                return formatOne(sink, text, stars, starValues, va_arg(args, const wchar_t *));
+            return formatOne(sink, text, stars, starValues, va_arg(args, const char *));
         case 'e':
         case 'E':
         case 'f':
@@ -270,8 +270,8 @@ bool formatConversion(Sink &sink, const Conversion &c, va_list &args) noexcept
         case 'a':
         case 'A':
             if (c.length == Length::L)
-                return formatOne(sink, spec, stars, starValues, va_arg(args, long double));
-            return formatOne(sink, spec, stars, starValues, va_arg(args, double));
+                return formatOne(sink, text, stars, starValues, va_arg(args, long double));
+            return formatOne(sink, text, stars, starValues, va_arg(args, double));
         default:
             return false;  // a conversion printf does not have
     }

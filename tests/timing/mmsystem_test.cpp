@@ -72,16 +72,6 @@ TEST(TimerEngine, BadInputFailsCleanly)
     EXPECT_EQ(counter.calls.load(), 0);
 }
 
-TEST(TimerEngine, CallsBackOncePerPeriod)
-{
-    ASSERT_EQ(ZORUSTEinitialize(), 1);
-    Counter counter;
-    expectOneCallPerPeriod(counter);
-    const int afterDiscard = counter.calls.load();
-    std::this_thread::sleep_for(std::chrono::milliseconds(40));
-    EXPECT_EQ(counter.calls.load(), afterDiscard);
-}
-
 TEST(TimerEngine, DiscardFromTheTimersOwnCallback)
 {
     ASSERT_EQ(ZORUSTEinitialize(), 1);

@@ -61,12 +61,6 @@ TEST_F(ExternalEngine, ClockAndResolutionComeFromTheEngine)
     EXPECT_LT(now.nanoseconds, 1000000000u);
 }
 
-TEST_F(ExternalEngine, CallsBackOncePerPeriod)
-{
-    Counter counter;
-    expectOneCallPerPeriod(counter);
-}
-
 TEST_F(ExternalEngine, NoCallbackRunsAfterDiscardReturns)
 {
     struct Watched {

@@ -24,35 +24,11 @@ inline ZORUSTETimeValue milliseconds(uint32_t ms)
     return ZORUSTETimeValue{ms / 1000, ms % 1000 * 1000000};
 }
 
-// Lets `timer` run for about `ms` and returns how many periods of `periodMs`
-// fit into the time it really ran.
-inline double runFor(void *timer, uint32_t periodMs, uint32_t ms)
-{
-    const ZORUSTETimeValue period = milliseconds(periodMs);
-    const auto start = std::chrono::steady_clock::now();
-    if (!ZORUSTEsettimer(timer, &period)) return -1;
-    std::this_thread::sleep_for(std::chrono::milliseconds(ms));
-    ZORUSTEdiscardtimer(timer);
-    const double ran =
-        std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
-    return ran / periodMs;
-}
-
 // The count must lie between half the expected periods (a loaded machine
 // delays callbacks) and one more than fit (no burst beyond the schedule).
 inline bool plausibleCount(int calls, double periods)
 {
     return calls >= periods / 2 - 1 && calls <= periods + 1;
-}
-
-// A 10 ms timer run for 300 ms calls `counter` back about once per period.
-inline void expectOneCallPerPeriod(Counter &counter)
-{
-    void *timer = ZORUSTEnewtimer(&Counter::callback, &counter);
-    ASSERT_NE(timer, nullptr);
-    const double periods = runFor(timer, 10, 300);
-    ASSERT_GT(periods, 0);
-    EXPECT_TRUE(plausibleCount(counter.calls.load(), periods)) << counter.calls.load() << " in " << periods;
 }
 
 struct SelfDiscarding {
@@ -94,8 +70,9 @@ inline uint32_t expectDiscardFromOwnCallback(bool giveThreadVariables = false)
     return self.thread.load();
 }
 
-// Three timers of different periods run side by side, each at its own pace;
-// discarding one silences it and leaves the others running.
+// Three timers of different periods run side by side, each calling back once
+// per period of its own; discarding one silences it and leaves the others
+// running.
 inline void expectConcurrentTimersKeepTheirOwnPace()
 {
     using Clock = std::chrono::steady_clock;

@@ -37,23 +37,18 @@ private:
 
 TEST(PosixLocale, TheCodeSetGivesItsWindowsCodePage)
 {
-    CodePage page{};
-    {
-        ScopedVariable all("LC_ALL", "C");
+    struct Case {
+        const char *locale;
+        uint32_t page;
+    };
+    // UTF-8 has no lead bytes; a locale that is not installed is the C locale.
+    for (const Case &c : {Case{"C", 20127}, Case{"C.UTF-8", 65001}, Case{"no_SUCH.locale", 20127}}) {
+        SCOPED_TRACE(c.locale);
+        ScopedVariable all("LC_ALL", c.locale);
+        CodePage page{};
         ASSERT_TRUE(processCodePage(&page));
-        EXPECT_EQ(page.number, 20127u);
+        EXPECT_EQ(page.number, c.page);
         EXPECT_EQ(page.leadByteRanges[0], 0);
-    }
-    {
-        ScopedVariable all("LC_ALL", "C.UTF-8");
-        ASSERT_TRUE(processCodePage(&page));
-        EXPECT_EQ(page.number, 65001u);  // UTF-8 has no lead bytes
-        EXPECT_EQ(page.leadByteRanges[0], 0);
-    }
-    {
-        ScopedVariable all("LC_ALL", "no_SUCH.locale");  // not installed: the C locale
-        ASSERT_TRUE(processCodePage(&page));
-        EXPECT_EQ(page.number, 20127u);
     }
 }
 

@@ -185,18 +185,16 @@ protected:
 
 const char *const kLoggerKey = "Software\\Vantrel\\ZOR\\17.0\\Logger";
 
-struct Writer {
-    int number;
-};
-
-void writeMany(void *argument)
+std::string writtenName(int writer, int value)
 {
-    const int number = static_cast<Writer *>(argument)->number;
-    for (int i = 0; i < 20; ++i) {
-        char name[32];
-        std::snprintf(name, sizeof name, "w%d-%d", number, i);
-        storeDword("Software\\Concurrent", name, static_cast<uint32_t>(i));
-    }
+    return "w" + std::to_string(writer) + "-" + std::to_string(value);
+}
+
+void writeMany(void *writer)
+{
+    for (int i = 0; i < 20; ++i)
+        storeDword("Software\\Concurrent", writtenName(*static_cast<int *>(writer), i).c_str(),
+                   static_cast<uint32_t>(i));
 }
 
 }  // namespace
@@ -279,17 +277,14 @@ TEST_F(SettingsFile, WritesCreateTheDirectoryAndStayReadableText)
 
 TEST_F(SettingsFile, ConcurrentWritersLoseNothing)
 {
-    Writer writers[3] = {{0}, {1}, {2}};
+    int writers[3] = {0, 1, 2};
     {
         std::unique_ptr<Thread> threads[3];
         for (int i = 0; i < 3; ++i) threads[i] = Thread::start(writeMany, &writers[i]);
     }
-    for (int number = 0; number < 3; ++number) {
-        for (int i = 0; i < 20; ++i) {
-            char name[32];
-            std::snprintf(name, sizeof name, "w%d-%d", number, i);
-            EXPECT_EQ(readValue("Software\\Concurrent", name).error, 0) << name;
-        }
-    }
+    for (int writer : writers)
+        for (int i = 0; i < 20; ++i)
+            EXPECT_EQ(readValue("Software\\Concurrent", writtenName(writer, i).c_str()).error, 0)
+                << writtenName(writer, i);
 }
 #endif

@@ -3,7 +3,6 @@
 
 #include <atomic>
 
-#include "fixtures/stopwatch.h"
 #include "platform/thread.h"
 
 using namespace tollan::platform;
@@ -55,11 +54,4 @@ TEST(Thread, PriorityKeepsItsValueWhenRefused)
     } else {
         EXPECT_EQ(thread->priority(), kThreadPriorityNormal);
     }
-}
-
-TEST(Thread, SleepLastsAtLeastItsTime)
-{
-    const tollan::testing::Stopwatch stopwatch;
-    sleepMs(30);
-    EXPECT_GE(stopwatch.elapsedMs(), 29);
 }

@@ -28,9 +28,18 @@ void callback(int32_t event)
 int moduleA;
 int moduleB;
 
+// The table that callbacks which register or start modules work on.
+RunStateTable *tableInUse = nullptr;
+int restarts = 0;
+
 struct ModuleTable : ::testing::Test {
     RunStateTable table;
-    ModuleTable() { heard.clear(); }
+    ModuleTable()
+    {
+        heard.clear();
+        tableInUse = &table;
+        restarts = 0;
+    }
 };
 
 TEST_F(ModuleTable, KeepsThirtyTwoCallbacksAndEachPairOnce)
@@ -64,17 +73,14 @@ TEST_F(ModuleTable, StartsOneModuleOrEveryModuleInTableOrder)
     EXPECT_EQ(heard, (Heard{{1, 0}, {2, 0}, {3, 0}, {1, 5}, {2, 5}, {3, 5}}));
 }
 
-RunStateTable *growing = nullptr;
-
 void registersAnother(int32_t event)
 {
     heard.emplace_back(9, event);
-    if (event == kRunStateStart) growing->add(callback<4>, &moduleA);
+    if (event == kRunStateStart) tableInUse->add(callback<4>, &moduleA);
 }
 
 TEST_F(ModuleTable, ACallbackRegisteredDuringStartIsStartedInTheSameWalk)
 {
-    growing = &table;
     table.add(registersAnother, &moduleA);
     table.start(&moduleA);
     EXPECT_EQ(heard, (Heard{{9, 0}, {4, 0}, {9, 5}, {4, 5}}));
@@ -100,36 +106,19 @@ TEST_F(ModuleTable, StopsLastFirstAndFillsHolesFromTheEnd)
     for (int32_t i = 0; i < table.count(); ++i) EXPECT_EQ(table.entry(i).started, 1);
 }
 
-RunStateTable *restarting = nullptr;
-int restarts = 0;
-
-// Starts its own module again, as a module that registers itself from its
-// own callback does.
-void startsItsOwnModule(int32_t event)
+// Heard as N; at its start event it starts `module`, as a module that
+// registers itself (or another) from its own callback does.
+template <int N, int *module>
+void starts(int32_t event)
 {
-    heard.emplace_back(10, event);
-    if (event == kRunStateStart && ++restarts < 100) restarting->start(&moduleA);
-}
-
-// Starts the other module, whose callback starts this one again.
-void startsModuleB(int32_t event)
-{
-    heard.emplace_back(11, event);
-    if (event == kRunStateStart && ++restarts < 100) restarting->start(&moduleB);
-}
-
-void startsModuleA(int32_t event)
-{
-    heard.emplace_back(12, event);
-    if (event == kRunStateStart && ++restarts < 100) restarting->start(&moduleA);
+    heard.emplace_back(N, event);
+    if (event == kRunStateStart && ++restarts < 100) tableInUse->start(module);
 }
 
 TEST_F(ModuleTable, AModuleStartedAgainFromItsOwnCallbackIsStoppedWithAnAssertion)
 {
     LogCapture log(ZOR_LOG_FATAL);
-    restarting = &table;
-    restarts = 0;
-    table.add(startsItsOwnModule, &moduleA);
+    table.add(starts<10, &moduleA>, &moduleA);
     EXPECT_TRUE(table.start(&moduleA));
     EXPECT_EQ(restarts, 1);
     EXPECT_EQ(heard, (Heard{{10, 0}, {10, 5}}));
@@ -137,11 +126,11 @@ TEST_F(ModuleTable, AModuleStartedAgainFromItsOwnCallbackIsStoppedWithAnAssertio
 
     // The same through another module: A starts B, whose callback starts A.
     RunStateTable other;
-    restarting = &other;
+    tableInUse = &other;
     restarts = 0;
     heard.clear();
-    other.add(startsModuleB, &moduleA);
-    other.add(startsModuleA, &moduleB);
+    other.add(starts<11, &moduleB>, &moduleA);
+    other.add(starts<12, &moduleA>, &moduleB);
     EXPECT_TRUE(other.start(&moduleA));
     EXPECT_EQ(restarts, 2);
     EXPECT_EQ(heard, (Heard{{11, 0}, {12, 0}, {12, 5}, {11, 5}}));
@@ -151,9 +140,7 @@ TEST_F(ModuleTable, AModuleStartedAgainFromItsOwnCallbackIsStoppedWithAnAssertio
 TEST_F(ModuleTable, StartingAnotherModuleFromACallbackIsNoRecursion)
 {
     LogCapture log(ZOR_LOG_FATAL);
-    restarting = &table;
-    restarts = 0;
-    table.add(startsModuleB, &moduleA);
+    table.add(starts<11, &moduleB>, &moduleA);
     table.add(callback<1>, &moduleB);
     EXPECT_TRUE(table.start(nullptr));
     // B's callback is started by the nested walk and again by the outer one.

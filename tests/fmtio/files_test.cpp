@@ -220,17 +220,6 @@ TEST_F(FmtioFileTest, GetFileInfoTellsWhetherAFileExistsAndItsSize)
     EXPECT_TRUE(failedWith(GetFileInfo(std::string(300, 'p').c_str(), &size), 10));
 }
 
-TEST_F(FmtioFileTest, AFullDiskIsReported)
-{
-    // Linux's always-full device; elsewhere there is nothing like it.
-    if (GetFileInfo("/dev/full", nullptr) != 1) GTEST_SKIP() << "no /dev/full";
-    const int32_t handle = ZOR_OpenFile("/dev/full", 2, 2, 0);
-    ASSERT_GE(handle, 3);
-    EXPECT_TRUE(failedWith(ZOR_WriteFile(handle, "x", 1), 9));
-    EXPECT_TRUE(failedWith(WriteLine(handle, "x", 1), 9));
-    EXPECT_EQ(ZOR_CloseFile(handle), 0);
-}
-
 TEST(FmtioErrors, EachThreadHasItsOwnErrorAndText)
 {
     ASSERT_TRUE(tollan::fmtio::FmtIOLibInitOnce());

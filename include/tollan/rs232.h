@@ -59,8 +59,28 @@ enum {
     ZOR_RS232_INVALID_OUTPUT_QUEUE = -124,
     ZOR_RS232_GENERAL_IO_ERROR = -151,
     ZOR_RS232_NULL_BUFFER = -152,
+    /* XModem */
+    ZOR_XMODEM_NO_ACK = -257,
+    ZOR_XMODEM_SEND_RETRIES = -258,
+    ZOR_XMODEM_RECEIVE_RETRIES = -259,
+    ZOR_XMODEM_UNEXPECTED_EOT = -260,
+    ZOR_XMODEM_NO_PACKET_NUMBER = -261,
+    ZOR_XMODEM_PACKET_NUMBER = -262,
+    ZOR_XMODEM_NO_PACKET_DATA = -263,
+    ZOR_XMODEM_NO_CHECK = -264,
+    ZOR_XMODEM_CHECK = -265,
+    ZOR_XMODEM_PACKET_TOO_LONG = -269,
+    ZOR_XMODEM_FILE_OPEN = -300,
     ZOR_RS232_FILE_READ_ERROR = -301,
-    ZOR_RS232_FILE_WRITE_ERROR = -304
+    ZOR_XMODEM_NO_INITIAL_NAK = -302,
+    ZOR_XMODEM_NO_EOT_ACK = -303,
+    ZOR_RS232_FILE_WRITE_ERROR = -304,
+    ZOR_XMODEM_NO_HEADER = -305,
+    ZOR_XMODEM_CANCELLED = -402,
+    ZOR_XMODEM_INVALID_START_DELAY = -503,
+    ZOR_XMODEM_INVALID_TRIES = -504,
+    ZOR_XMODEM_INVALID_WAIT_PERIOD = -505,
+    ZOR_XMODEM_INVALID_PACKET_SIZE = -506
 };
 
 /* The line-status bits of GetComStat. */
@@ -167,6 +187,24 @@ TOLLAN_API int32_t GetComLineStatus(int32_t port) TOLLAN_NOEXCEPT;
 TOLLAN_API int32_t GetComConnectionState(int32_t port) TOLLAN_NOEXCEPT;
 /* Holds a break for `milliseconds` (0: 250); negative: -104. */
 TOLLAN_API int32_t ComBreak(int32_t port, int32_t milliseconds) TOLLAN_NOEXCEPT;
+
+/* ---- XModem ---------------------------------------------------------------
+ * Transfers of whole files over an open port; the line is 8-N-1 without
+ * XON/XOFF for the transfer and gets its own settings back afterwards. */
+
+/* The port's XModem values: start delay (s), tries, wait period (s) for each
+ * answer, packet size (1024 sends STX packets); 0 restores a default (10.0,
+ * 10, 10.0, 128). -503 to -506 for negative values, -269 for a packet size
+ * above the input queue size. */
+TOLLAN_API int32_t XModemConfig(int32_t port, double startDelay, int32_t maximumTries, double waitPeriod,
+                                int32_t packetSize) TOLLAN_NOEXCEPT;
+/* Sends a file; the receiver chooses CRC (C) or checksum (NAK) mode. */
+TOLLAN_API int32_t XModemSend(int32_t port, const char *fileName) TOLLAN_NOEXCEPT;
+/* Receives into a file, which keeps the padding of the last packet. */
+TOLLAN_API int32_t XModemReceive(int32_t port, const char *fileName) TOLLAN_NOEXCEPT;
+/* Whether transfers flush both queues before each packet and answer (on at
+ * start); returns the previous setting. */
+TOLLAN_API int32_t __SetXModemFlushesQs(int32_t flag) TOLLAN_NOEXCEPT;
 
 /* The calling thread's last error, or an error a writing thread met for it. */
 TOLLAN_API int32_t ReturnRS232Err(void) TOLLAN_NOEXCEPT;

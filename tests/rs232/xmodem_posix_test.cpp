@@ -1,0 +1,351 @@
+// XModem between two ports joined by a relay (which can damage the line),
+// against a scripted peer, and against lrzsz's sx and rx.
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <tollan/rs232.h>
+
+#include "fixtures/pty_pair.h"
+#include "rs232/xmodem_check.h"
+
+using tollan::testing::PtyPair;
+
+namespace {
+
+constexpr int kSender = 51;
+constexpr int kReceiver = 52;
+constexpr char kSoh = 0x01, kEot = 0x04, kAck = 0x06, kNak = 0x15, kCan = 0x18;
+
+std::string randomBytes(size_t count, unsigned seed)
+{
+    std::mt19937 random(seed);
+    std::string bytes(count, '\0');
+    for (char &byte : bytes) byte = static_cast<char>(random());
+    return bytes;
+}
+
+class Files {
+public:
+    Files() : folder_(std::filesystem::temp_directory_path() / ("tollan-xmodem-" + std::to_string(getpid())))
+    {
+        std::filesystem::create_directories(folder_);
+    }
+    ~Files() { std::filesystem::remove_all(folder_); }
+    std::string path(const char *name) const { return (folder_ / name).string(); }
+    std::string write(const char *name, const std::string &bytes) const
+    {
+        std::ofstream(path(name), std::ios::binary) << bytes;
+        return path(name);
+    }
+    std::string read(const char *name) const
+    {
+        std::ifstream in(path(name), std::ios::binary);
+        return {std::istreambuf_iterator<char>(in), {}};
+    }
+
+private:
+    std::filesystem::path folder_;
+};
+
+// What arrives padded to whole packets.
+std::string padded(const std::string &bytes, size_t packet)
+{
+    std::string out = bytes;
+    out.resize((bytes.size() + packet - 1) / packet * packet, '\0');
+    return out;
+}
+
+// Two ports whose far ends a relay joins. The relay hands every chunk going
+// from the sender to the receiver to `damage`, which may change it.
+class Link : public ::testing::Test {
+protected:
+    using Damage = std::function<void(std::string &chunk)>;
+
+    void SetUp() override
+    {
+        ASSERT_EQ(OpenComConfig(kSender, sender_.device().c_str(), 115200, 0, 8, 1, 4096, 0), 0);
+        ASSERT_EQ(OpenComConfig(kReceiver, receiver_.device().c_str(), 115200, 0, 8, 1, 4096, 0), 0);
+        relay_ = std::thread([this] {
+            while (relaying_) {
+                std::string out = sender_.drain(2);
+                if (!out.empty() && damage_) damage_(out);
+                if (!out.empty()) receiver_.send(out);
+                const std::string back = receiver_.drain(2);
+                if (!back.empty()) sender_.send(back);
+            }
+        });
+    }
+    void TearDown() override
+    {
+        relaying_ = false;
+        relay_.join();
+        CloseCom(kSender);
+        CloseCom(kReceiver);
+    }
+    void configure(double startDelay, int tries, double wait, int packet)
+    {
+        ASSERT_EQ(XModemConfig(kSender, startDelay, tries, wait, packet), 0);
+        ASSERT_EQ(XModemConfig(kReceiver, startDelay, tries, wait, packet), 0);
+    }
+    // Runs a receiver and a sender at once; the sender starts after `senderDelayMs`.
+    std::pair<int32_t, int32_t> transfer(const std::string &from, const std::string &to,
+                                         int senderDelayMs = 0)
+    {
+        int32_t received = 0;
+        std::thread receiver([&] { received = XModemReceive(kReceiver, to.c_str()); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(senderDelayMs));
+        const int32_t sent = XModemSend(kSender, from.c_str());
+        receiver.join();
+        return {sent, received};
+    }
+
+    PtyPair sender_, receiver_;
+    Damage damage_;
+    std::atomic<bool> relaying_{true};
+    std::thread relay_;
+    Files files_;
+};
+
+TEST_F(Link, OurSenderToOurReceiverInEachPacketSizeAndCheckMode)
+{
+    struct Case {
+        int packet;
+        bool crc;
+        size_t size;
+    };
+    for (const Case c : {Case{128, true, 130}, Case{128, false, 3000}, Case{1024, true, 5000},
+                         Case{1024, false, 1024}, Case{100, true, 1001}}) {
+        SCOPED_TRACE(std::to_string(c.packet) + (c.crc ? " CRC" : " checksum"));
+        // A receiver wants CRC first; one that the sender starts to hear only
+        // at its second request (NAK) works with checksums.
+        configure(c.crc ? 1.0 : 0.6, 2, 1.0, c.packet);
+        const std::string bytes = randomBytes(c.size, static_cast<unsigned>(c.size));
+        const auto [sent, received] =
+            transfer(files_.write("out", bytes), files_.path("in"), c.crc ? 0 : 300);
+        EXPECT_EQ(sent, 0);
+        EXPECT_EQ(received, 0);
+        EXPECT_TRUE(files_.read("in") == padded(bytes, static_cast<size_t>(c.packet)));
+    }
+    // An empty file is an EOT right after the handshake, and an empty file arrives.
+    configure(1.0, 2, 1.0, 128);
+    EXPECT_EQ(transfer(files_.write("out", ""), files_.path("in")), std::make_pair(0, 0));
+    EXPECT_EQ(files_.read("in"), "");
+}
+
+TEST_F(Link, ADamagedLineIsRecoveredFrom)
+{
+    configure(1.0, 5, 0.5, 128);
+    const std::string bytes = randomBytes(20 * 128, 5);
+    struct Case {
+        const char *name;
+        std::function<void(std::string &, int)> damage;  // the chunk and its index
+    };
+    const Case cases[] = {
+        {"one byte corrupted",
+         [](std::string &chunk, int index) {
+             if (index == 4) chunk[chunk.size() / 2] ^= 0x10;
+         }},
+        {"a packet dropped",
+         [](std::string &chunk, int index) {
+             if (index == 6) chunk.clear();
+         }},
+        {"a packet duplicated",
+         [](std::string &chunk, int index) {
+             if (index == 8) chunk += chunk;
+         }},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.name);
+        std::atomic<int> chunks{0};
+        damage_ = [&](std::string &chunk) { c.damage(chunk, chunks++); };
+        EXPECT_EQ(transfer(files_.write("out", bytes), files_.path("in")), std::make_pair(0, 0));
+        EXPECT_TRUE(files_.read("in") == bytes);
+    }
+}
+
+TEST_F(Link, ACancelEndsBothSides)
+{
+    configure(1.0, 3, 0.5, 128);
+    std::atomic<int> chunks{0};
+    // The tenth chunk from the sender becomes CAN for the receiver.
+    damage_ = [&](std::string &chunk) {
+        if (chunks++ == 10) chunk = std::string(1, kCan);
+    };
+    const auto [sent, received] = transfer(files_.write("out", randomBytes(40 * 128, 2)), files_.path("in"));
+    EXPECT_EQ(received, ZOR_XMODEM_CANCELLED);
+    EXPECT_NE(sent, 0);
+    // The line has its own settings again, and the ports work on.
+    EXPECT_EQ(ComWrt(kSender, "ok", 2), 2);
+}
+
+TEST(XModem, ConfigurationChecksAndTheReceiversRequests)
+{
+    PtyPair peer;
+    ASSERT_EQ(OpenComConfig(53, peer.device().c_str(), 9600, 2, 7, 2, 512, 0), 0);
+    EXPECT_EQ(XModemConfig(53, -1.0, 10, 10.0, 128), ZOR_XMODEM_INVALID_START_DELAY);
+    EXPECT_EQ(XModemConfig(53, 1.0, -1, 10.0, 128), ZOR_XMODEM_INVALID_TRIES);
+    EXPECT_EQ(XModemConfig(53, 1.0, 10, -1.0, 128), ZOR_XMODEM_INVALID_WAIT_PERIOD);
+    EXPECT_EQ(XModemConfig(53, 1.0, 10, 2147483.648, 128), ZOR_XMODEM_INVALID_WAIT_PERIOD);
+    EXPECT_EQ(XModemConfig(53, 1.0, 10, 10.0, -1), ZOR_XMODEM_INVALID_PACKET_SIZE);
+    EXPECT_EQ(XModemConfig(53, 1.0, 10, 10.0, 600), ZOR_XMODEM_PACKET_TOO_LONG);
+    EXPECT_EQ(XModemConfig(0, 1.0, 10, 10.0, 128), ZOR_RS232_INVALID_PORT);
+    EXPECT_EQ(XModemReceive(54, "x"), ZOR_RS232_PORT_NOT_OPEN);
+
+    // Ten tries: C five times, then NAK five times, then the receiver gives up.
+    Files files;
+    ASSERT_EQ(XModemConfig(53, 0.05, 10, 10.0, 0), 0);
+    EXPECT_EQ(XModemReceive(53, files.path("in").c_str()), ZOR_XMODEM_RECEIVE_RETRIES);
+    EXPECT_EQ(peer.drain(), "CCCCC\x15\x15\x15\x15\x15");
+    // A sender that never hears a request.
+    ASSERT_EQ(XModemConfig(53, 0.05, 3, 0.05, 0), 0);
+    EXPECT_EQ(XModemSend(53, files.write("out", "data").c_str()), ZOR_XMODEM_NO_INITIAL_NAK);
+    EXPECT_EQ(XModemSend(53, files.path("missing").c_str()), ZOR_XMODEM_FILE_OPEN);
+    EXPECT_EQ(XModemReceive(53, files.path("no/such/folder").c_str()), ZOR_XMODEM_FILE_OPEN);
+    // The port's own framing is back (a pseudo-terminal shows the stop bits).
+    int32_t stopBits = 0;
+    EXPECT_EQ(__GetComConfig(53, nullptr, nullptr, nullptr, &stopBits, nullptr, nullptr), 0);
+    EXPECT_EQ(stopBits, 2);
+    EXPECT_EQ(CloseCom(53), 0);
+}
+
+// A peer that sends packet 1 twice (its ACK was lost): it is acknowledged
+// both times and written once.
+TEST(XModem, ARepeatedPacketIsAcknowledgedAndWrittenOnce)
+{
+    PtyPair peer;
+    Files files;
+    ASSERT_EQ(OpenComConfig(55, peer.device().c_str(), 115200, 0, 8, 1, 512, 0), 0);
+    ASSERT_EQ(XModemConfig(55, 1.0, 3, 1.0, 128), 0);
+    int32_t result = 1;
+    std::thread receiver([&] { result = XModemReceive(55, files.path("in").c_str()); });
+    EXPECT_EQ(peer.receive(1), "C");
+    auto packet = [](unsigned char number, char fill) {
+        std::string data(128, fill);
+        const uint16_t crc =
+            tollan::rs232::crc16Xmodem(reinterpret_cast<const unsigned char *>(data.data()), data.size());
+        return std::string{kSoh, static_cast<char>(number), static_cast<char>(~number)} + data +
+               static_cast<char>(crc >> 8) + static_cast<char>(crc & 0xFF);
+    };
+    for (const auto &[number, fill] : {std::pair{1, 'a'}, std::pair{1, 'a'}, std::pair{2, 'b'}}) {
+        peer.send(packet(static_cast<unsigned char>(number), fill));
+        EXPECT_EQ(peer.receive(1, 3000), std::string(1, kAck));
+    }
+    peer.send(std::string(1, kEot));
+    EXPECT_EQ(peer.receive(1), std::string(1, kAck));
+    receiver.join();
+    EXPECT_EQ(result, 0);
+    EXPECT_EQ(files.read("in"), std::string(128, 'a') + std::string(128, 'b'));
+    EXPECT_EQ(CloseCom(55), 0);
+    (void)kNak;
+}
+
+// lrzsz on a second pseudo-terminal pair, its terminal end as the program's
+// standard input and output, joined to the port's pair by a relay.
+class Lrzsz : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        if (access("/usr/bin/sx", X_OK) != 0 || access("/usr/bin/rx", X_OK) != 0) GTEST_SKIP() << "no lrzsz";
+        ASSERT_EQ(OpenComConfig(kPort, line_.device().c_str(), 115200, 0, 8, 1, 4096, 0), 0);
+        relay_ = std::thread([this] {
+            while (relaying_) {
+                const std::string out = line_.drain(2);
+                if (!out.empty()) program_.send(out);
+                const std::string back = program_.drain(2);
+                if (!back.empty()) line_.send(back);
+            }
+        });
+    }
+    void TearDown() override
+    {
+        if (IsSkipped()) return;
+        relaying_ = false;
+        relay_.join();
+        CloseCom(kPort);
+    }
+    pid_t start(std::vector<std::string> arguments)
+    {
+        const pid_t child = fork();
+        if (child == 0) {
+            const int terminal = ::open(program_.device().c_str(), O_RDWR);
+            dup2(terminal, 0);
+            dup2(terminal, 1);
+            const int quiet = ::open("/dev/null", O_WRONLY);
+            dup2(quiet, 2);
+            std::vector<char *> argv;
+            for (std::string &argument : arguments) argv.push_back(argument.data());
+            argv.push_back(nullptr);
+            execv(argv[0], argv.data());
+            _exit(127);
+        }
+        return child;
+    }
+    static int finish(pid_t child)
+    {
+        int status = 0;
+        waitpid(child, &status, 0);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+    static constexpr int kPort = 56;
+    PtyPair line_, program_;
+    std::atomic<bool> relaying_{true};
+    std::thread relay_;
+    Files files_;
+};
+
+TEST_F(Lrzsz, SxSendsToOurReceiver)
+{
+    for (const bool oneK : {false, true}) {
+        SCOPED_TRACE(oneK ? "1K" : "128");
+        const std::string bytes = randomBytes(oneK ? 10000 : 3000, oneK ? 8 : 9);
+        ASSERT_EQ(XModemConfig(kPort, 2.0, 5, 5.0, 128), 0);
+        std::vector<std::string> arguments{"/usr/bin/sx"};
+        if (oneK) arguments.push_back("-k");
+        arguments.push_back(files_.write("out", bytes));
+        const pid_t sx = start(arguments);
+        EXPECT_EQ(XModemReceive(kPort, files_.path("in").c_str()), 0);
+        // A close at once does not cut off the ACK that sx waits for last.
+        EXPECT_EQ(CloseCom(kPort), 0);
+        EXPECT_EQ(finish(sx), 0);
+        ASSERT_EQ(OpenComConfig(kPort, line_.device().c_str(), 115200, 0, 8, 1, 4096, 0), 0);
+        const std::string got = files_.read("in");
+        ASSERT_GE(got.size(), bytes.size());
+        EXPECT_TRUE(got.compare(0, bytes.size(), bytes) == 0);
+    }
+}
+
+TEST_F(Lrzsz, OurSenderSendsToRx)
+{
+    for (const bool crc : {false, true}) {
+        SCOPED_TRACE(crc ? "CRC" : "checksum");
+        const std::string bytes = randomBytes(3000, crc ? 10 : 11);
+        // rx flushes its terminal after its last ACK, so the ACK of EOT may be
+        // lost: short tries keep that end quick, and the bytes are what counts.
+        ASSERT_EQ(XModemConfig(kPort, 5.0, 2, 1.5, 128), 0);
+        std::vector<std::string> arguments{"/usr/bin/rx"};
+        if (crc) arguments.push_back("-c");
+        arguments.push_back(files_.path("in"));
+        const pid_t rx = start(arguments);
+        const int32_t sent = XModemSend(kPort, files_.write("out", bytes).c_str());
+        EXPECT_TRUE(sent == 0 || sent == ZOR_XMODEM_NO_EOT_ACK) << sent;
+        EXPECT_EQ(finish(rx), 0);
+        EXPECT_TRUE(files_.read("in") == padded(bytes, 128));
+    }
+}
+
+}  // namespace

@@ -77,6 +77,7 @@ enum {
     ZOR_RS232_FILE_WRITE_ERROR = -304,
     ZOR_XMODEM_NO_HEADER = -305,
     ZOR_XMODEM_CANCELLED = -402,
+    ZOR_XMODEM_CANCELLED_BY_CALLER = -403, /* extension: see XModemSetProgressCallback */
     ZOR_XMODEM_INVALID_START_DELAY = -503,
     ZOR_XMODEM_INVALID_TRIES = -504,
     ZOR_XMODEM_INVALID_WAIT_PERIOD = -505,
@@ -205,6 +206,17 @@ TOLLAN_API int32_t XModemReceive(int32_t port, const char *fileName) TOLLAN_NOEX
 /* Whether transfers flush both queues before each packet and answer (on at
  * start); returns the previous setting. */
 TOLLAN_API int32_t __SetXModemFlushesQs(int32_t flag) TOLLAN_NOEXCEPT;
+
+/* Extension. Progress of a transfer on the port: called on the transferring
+ * thread after every acknowledged data packet with the packets and data
+ * bytes (padding included) acknowledged so far and the packets repeated so
+ * far. A non-zero return cancels the transfer at that packet boundary: one
+ * CAN goes to the peer and the transfer returns -403. NULL removes the
+ * callback; a close removes it too. 0 or the port's error. */
+typedef int32_t (*XModemProgressCallback)(int32_t port, int32_t packets, int64_t bytes, int32_t retries,
+                                          void *callbackData);
+TOLLAN_API int32_t XModemSetProgressCallback(int32_t port, XModemProgressCallback callback,
+                                             void *callbackData) TOLLAN_NOEXCEPT;
 
 /* The calling thread's last error, or an error a writing thread met for it. */
 TOLLAN_API int32_t ReturnRS232Err(void) TOLLAN_NOEXCEPT;

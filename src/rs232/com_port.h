@@ -12,6 +12,8 @@
 #include "platform/serial.h"
 #include "platform/thread.h"
 
+#include <tollan/rs232.h>
+
 namespace tollan::rs232 {
 
 inline constexpr int32_t kFirstPort = 1;
@@ -73,6 +75,8 @@ struct ComPort {
     int32_t xmodemMaxTries = 10;
     double xmodemWaitPeriod = 10.0;
     int32_t xmodemPacketSize = 128;
+    XModemProgressCallback xmodemProgress = nullptr;
+    void *xmodemProgressData = nullptr;
     uint32_t lastInputLength = 0;
     WriteThread writeThread;
 

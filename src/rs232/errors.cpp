@@ -69,6 +69,8 @@ constexpr ErrorRow kErrors[] = {
     {-304, "File write error"},
     {-305, "Did not receive SOH or EOT when expected"},
     {-402, "Transfer was cancelled because CAN was received"},
+    // An extension: the progress callback asked to stop.
+    {-403, "Transfer was cancelled by the progress callback"},
     {-503, "Invalid start delay"},
     {-504, "Invalid maximum number of retries"},
     {-505, "Invalid wait period"},
@@ -76,7 +78,7 @@ constexpr ErrorRow kErrors[] = {
     {-507, "Unable to read CRC"},
     {-508, "CRC error"},
 };
-static_assert(std::size(kErrors) == 50);
+static_assert(std::size(kErrors) == 51);
 
 constexpr size_t kMessageSize = 512;
 

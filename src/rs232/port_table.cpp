@@ -40,6 +40,8 @@ void ComPort::resetSettings() noexcept
     xmodemMaxTries = 10;
     xmodemWaitPeriod = 10.0;
     xmodemPacketSize = 128;
+    xmodemProgress = nullptr;
+    xmodemProgressData = nullptr;
     lastInputLength = 0;
 }
 

@@ -135,6 +135,23 @@ public:
 
     ComPort &port() noexcept { return port_; }
 
+    void repeated() noexcept { ++retries_; }
+    // A data packet was acknowledged; false when the caller's progress
+    // callback asks to stop.
+    bool acknowledged(uint32_t bytes) noexcept
+    {
+        ++packets_;
+        bytes_ += bytes;
+        return port_.xmodemProgress == nullptr ||
+               port_.xmodemProgress(number_, packets_, bytes_, retries_, port_.xmodemProgressData) == 0;
+    }
+    // Cancels at a packet boundary on the caller's request.
+    int32_t cancelForCaller() noexcept
+    {
+        sendControl(kCan);
+        return ZOR_XMODEM_CANCELLED_BY_CALLER;
+    }
+
 private:
     struct Saved {
         uint8_t parity;
@@ -179,6 +196,9 @@ private:
     ComPort &port_;
     Saved saved_{};
     bool switched_ = false;
+    int32_t packets_ = 0;
+    int64_t bytes_ = 0;
+    int32_t retries_ = 0;
 };
 
 // A file of the formatting library, closed with the transfer.
@@ -242,6 +262,7 @@ int32_t XModemSendPacket(Transfer &transfer, const unsigned char *data, unsigned
         }
     }
     for (int32_t tries = 0; tries < port.xmodemMaxTries; ++tries) {
+        if (tries > 0) transfer.repeated();
         transfer.flushBoth();
         if (end) {
             transfer.sendControl(kEot);
@@ -277,6 +298,7 @@ int32_t sendFile(Transfer &transfer, const char *fileName) noexcept
         if (got < 0) return ZOR_RS232_FILE_READ_ERROR;
         if (got == 0) return XModemSendPacket(transfer, data.get(), number, crcMode, true);
         if (const int32_t sent = XModemSendPacket(transfer, data.get(), number, crcMode, false)) return sent;
+        if (!transfer.acknowledged(size)) return transfer.cancelForCaller();
     }
 }
 
@@ -327,6 +349,7 @@ int32_t XModemComtoFileDdataPacket(Transfer &transfer, const XFile &file, bool c
             lastError = ZOR_XMODEM_NO_HEADER;
             transfer.flushBoth();
             transfer.sendControl(kNak);
+            transfer.repeated();
             continue;
         }
         const auto size = static_cast<uint32_t>(header == kStx ? kLongPacket : port.xmodemPacketSize);
@@ -355,7 +378,7 @@ int32_t XModemComtoFileDdataPacket(Transfer &transfer, const XFile &file, bool c
                         return ZOR_RS232_FILE_WRITE_ERROR;
                     transfer.flushBoth();
                     transfer.sendControl(kAck);
-                    return 0;
+                    return transfer.acknowledged(size) ? 0 : transfer.cancelForCaller();
                 }
             }
         } else if (number == static_cast<unsigned char>(expected - 1)) {
@@ -363,6 +386,7 @@ int32_t XModemComtoFileDdataPacket(Transfer &transfer, const XFile &file, bool c
             transfer.drainInput();
             transfer.flushBoth();
             transfer.sendControl(kAck);
+            transfer.repeated();
             continue;
         } else {
             transfer.drainInput();
@@ -373,6 +397,7 @@ int32_t XModemComtoFileDdataPacket(Transfer &transfer, const XFile &file, bool c
         if (damaged) transfer.drainInput();
         transfer.flushBoth();
         transfer.sendControl(kNak);
+        transfer.repeated();
     }
     return lastError;
 }
@@ -441,6 +466,15 @@ int32_t XModemReceive(int32_t port, const char *fileName) noexcept
         result = receiveFile(transfer, fileName);
     }
     return call.finish(result);
+}
+
+int32_t XModemSetProgressCallback(int32_t port, XModemProgressCallback callback, void *callbackData) noexcept
+{
+    PortCall call(port, "QX_XModemSetProgressCallback");
+    if (!call) return call.result();
+    call.port()->xmodemProgress = callback;
+    call.port()->xmodemProgressData = callbackData;
+    return call.finish(0);
 }
 
 int32_t __SetXModemFlushesQs(int32_t flag) noexcept

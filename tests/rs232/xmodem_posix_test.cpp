@@ -192,6 +192,36 @@ TEST_F(Link, ACancelEndsBothSides)
     EXPECT_EQ(ComWrt(kSender, "ok", 2), 2);
 }
 
+TEST_F(Link, TheProgressCallbackSeesEveryPacketAndMayCancel)
+{
+    configure(1.0, 3, 0.5, 128);
+    struct Seen {
+        int calls = 0;
+        int32_t packets = 0;
+        int64_t bytes = 0;
+    } seen;
+    const auto callback = [](int32_t port, int32_t packets, int64_t bytes, int32_t, void *data) -> int32_t {
+        auto &s = *static_cast<Seen *>(data);
+        ++s.calls;
+        s.packets = packets;
+        s.bytes = bytes;
+        return port == kSender && packets == 3 ? 1 : 0;  // the sender stops after three
+    };
+    ASSERT_EQ(XModemSetProgressCallback(kSender, callback, &seen), 0);
+    const auto [sent, received] = transfer(files_.write("out", randomBytes(10 * 128, 4)), files_.path("in"));
+    EXPECT_EQ(sent, ZOR_XMODEM_CANCELLED_BY_CALLER);
+    EXPECT_EQ(received, ZOR_XMODEM_CANCELLED);
+    EXPECT_EQ(seen.calls, 3);
+    EXPECT_EQ(seen.bytes, 3 * 128);
+    EXPECT_EQ(files_.read("in").size(), 3u * 128);
+    EXPECT_STREQ(GetRS232ErrorString(ZOR_XMODEM_CANCELLED_BY_CALLER),
+                 "Transfer was cancelled by the progress callback");
+
+    // Removed, the transfer runs to its end.
+    ASSERT_EQ(XModemSetProgressCallback(kSender, nullptr, nullptr), 0);
+    EXPECT_EQ(transfer(files_.write("out", "x"), files_.path("in")), std::make_pair(0, 0));
+}
+
 TEST(XModem, ConfigurationChecksAndTheReceiversRequests)
 {
     PtyPair peer;

@@ -34,6 +34,7 @@ constexpr uint32_t kPieceTimeoutMs = 1000;  // each piece of a packet, each cont
 constexpr uint32_t kDrainQuietMs = 1100;
 constexpr uint32_t kLastByteMs = 1000;  // how long a transfer's last byte may take to leave
 constexpr int kNoByte = -1;
+constexpr int kLineFailed = -2;
 
 std::atomic<int32_t> flushesQueues{1};
 
@@ -83,11 +84,13 @@ public:
         FlushInQ(number_);
     }
 
-    // Reads one byte within `ms` (0: no limit); kNoByte when none came.
+    // Reads one byte within `ms` (0: no limit); kNoByte when none came,
+    // kLineFailed when the line reported an error.
     int readByte(uint32_t ms) noexcept
     {
         unsigned char byte = 0;
-        return read(&byte, 1, ms) == 1 ? byte : kNoByte;
+        const int32_t got = read(&byte, 1, ms);
+        return got == 1 ? byte : (got < 0 ? kLineFailed : kNoByte);
     }
 
     int32_t read(unsigned char *bytes, uint32_t count, uint32_t ms) noexcept
@@ -110,7 +113,7 @@ public:
                 left = std::max(ms - elapsed, 1u);
             }
             const int byte = readByte(left);
-            if (byte == kNoByte && rs232err != ZOR_RS232_TIMEOUT) return kNoByte;
+            if (byte == kLineFailed) return kNoByte;
             if (byte != kNoByte && wanted(static_cast<unsigned char>(byte))) return byte;
         }
     }
@@ -354,9 +357,9 @@ int32_t XModemComtoFileDdataPacket(Transfer &transfer, const XFile &file, bool c
         }
         const auto size = static_cast<uint32_t>(header == kStx ? kLongPacket : port.xmodemPacketSize);
         const int number = transfer.readByte(kPieceTimeoutMs);
-        const int complement = number == kNoByte ? kNoByte : transfer.readByte(kPieceTimeoutMs);
+        const int complement = number < 0 ? kNoByte : transfer.readByte(kPieceTimeoutMs);
         bool damaged = true;
-        if (complement == kNoByte) {
+        if (complement < 0) {
             lastError = ZOR_XMODEM_NO_PACKET_NUMBER;
         } else if ((number | complement) != 0xFF || (number & complement) != 0) {
             lastError = ZOR_XMODEM_PACKET_NUMBER;

@@ -66,7 +66,8 @@ struct ComPort {
     int32_t inputQueueSize = kDefaultQueueSize;
     int32_t outputQueueSize = kDefaultQueueSize;
     bool synchronousWrites = false;
-    int32_t timeoutMs = kDefaultTimeoutMs;
+    // Also read by the writing thread to size its chunks.
+    std::atomic<int32_t> timeoutMs{kDefaultTimeoutMs};
     bool xonXoffMode = false;
     bool ctsMode = false;
     uint8_t dtrMode = 1;  // 1 held on, 2 handshaking

@@ -12,6 +12,7 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <mutex>
 #include <random>
 #include <string>
 #include <thread>
@@ -73,7 +74,8 @@ std::string padded(const std::string &bytes, size_t packet)
 // from the sender to the receiver to `damage`, which may change it.
 class Link : public ::testing::Test {
 protected:
-    using Damage = std::function<void(std::string &chunk)>;
+    // Gets each chunk with its index, counted from the last setDamage.
+    using Damage = std::function<void(std::string &chunk, int index)>;
 
     void SetUp() override
     {
@@ -82,7 +84,10 @@ protected:
         relay_ = std::thread([this] {
             while (relaying_) {
                 std::string out = sender_.drain(2);
-                if (!out.empty() && damage_) damage_(out);
+                if (!out.empty()) {
+                    std::lock_guard hold(damageLock_);
+                    if (damage_) damage_(out, chunks_++);
+                }
                 if (!out.empty()) receiver_.send(out);
                 const std::string back = receiver_.drain(2);
                 if (!back.empty()) sender_.send(back);
@@ -113,8 +118,17 @@ protected:
         return {sent, received};
     }
 
+    void setDamage(Damage damage)
+    {
+        std::lock_guard hold(damageLock_);
+        damage_ = std::move(damage);
+        chunks_ = 0;
+    }
+
     PtyPair sender_, receiver_;
-    Damage damage_;
+    std::mutex damageLock_;
+    Damage damage_;  // these two guarded by damageLock_
+    int chunks_ = 0;
     std::atomic<bool> relaying_{true};
     std::thread relay_;
     Files files_;
@@ -152,7 +166,7 @@ TEST_F(Link, ADamagedLineIsRecoveredFrom)
     const std::string bytes = randomBytes(20 * 128, 5);
     struct Case {
         const char *name;
-        std::function<void(std::string &, int)> damage;  // the chunk and its index
+        Damage damage;
     };
     const Case cases[] = {
         {"one byte corrupted",
@@ -170,8 +184,7 @@ TEST_F(Link, ADamagedLineIsRecoveredFrom)
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(c.name);
-        std::atomic<int> chunks{0};
-        damage_ = [&](std::string &chunk) { c.damage(chunk, chunks++); };
+        setDamage(c.damage);
         EXPECT_EQ(transfer(files_.write("out", bytes), files_.path("in")), std::make_pair(0, 0));
         EXPECT_TRUE(files_.read("in") == bytes);
     }
@@ -180,11 +193,10 @@ TEST_F(Link, ADamagedLineIsRecoveredFrom)
 TEST_F(Link, ACancelEndsBothSides)
 {
     configure(1.0, 3, 0.5, 128);
-    std::atomic<int> chunks{0};
     // The tenth chunk from the sender becomes CAN for the receiver.
-    damage_ = [&](std::string &chunk) {
-        if (chunks++ == 10) chunk = std::string(1, kCan);
-    };
+    setDamage([](std::string &chunk, int index) {
+        if (index == 10) chunk = std::string(1, kCan);
+    });
     const auto [sent, received] = transfer(files_.write("out", randomBytes(40 * 128, 2)), files_.path("in"));
     EXPECT_EQ(received, ZOR_XMODEM_CANCELLED);
     EXPECT_NE(sent, 0);

@@ -1,14 +1,16 @@
 /*
  * An instrument client: it identifies a multimeter on a serial port, has it
  * stream voltage readings, and reports each reading, their minimum, mean and
- * maximum, and how long they took.
+ * maximum, and how long they took. Then it fetches the instrument's reading
+ * log with XModem and shows its size and first lines.
  *
  *   demo [--device PATH] [--count N]
  *
  * Without --device it starts the simulated instrument (instrument_sim) on a
  * pseudo-terminal and talks to that. With it, it talks to the device named
- * ("/dev/ttyUSB0", "COM3"), which has to understand the same two commands:
- * "*IDN?" and "MEAS:STREAM n" (n lines such as "12.3456 V" CR LF).
+ * ("/dev/ttyUSB0", "COM3"), which has to understand the same three commands:
+ * "*IDN?", "MEAS:STREAM n" (n lines such as "12.3456 V" CR LF) and
+ * "LOG:SEND?" (a text file sent with XModem).
  *
  * The client is a module of the library: its run-state callback closes the
  * port when the module is stopped, however the session ended.
@@ -18,14 +20,24 @@
 #include <string.h>
 
 #include <tollan/engine.h>
+#include <tollan/fmtio.h>
 #include <tollan/logger.h>
 #include <tollan/rs232.h>
 #include <tollan/utility.h>
+
+#ifdef _WIN32
+#include <process.h>
+#define getpid _getpid
+#else
+#include <unistd.h>
+#endif
 
 #include "instrument_launch.h"
 
 #define PORT 1
 #define TIMEOUT_SECONDS 2.0
+#define PREVIEW_LINES 5
+#define XMODEM_PADDING 0x1A /* SUB, which fills the last packet of a text file */
 
 /* Writes a log line when the logger's level mask asks for `level`. */
 #define LOG(level, ...)                                                                   \
@@ -145,6 +157,107 @@ static int measure(int count)
     return 1;
 }
 
+/* A file name in the temporary folder, of this process alone. */
+static void temporaryPath(char *path, size_t size)
+{
+    const char *folder = getenv("TMPDIR");
+#ifdef _WIN32
+    if (folder == NULL || *folder == '\0') folder = getenv("TEMP");
+    if (folder == NULL || *folder == '\0') folder = ".";
+    snprintf(path, size, "%s\\demo-log-%d.txt", folder, (int)getpid());
+#else
+    if (folder == NULL || *folder == '\0') folder = "/tmp";
+    snprintf(path, size, "%s/demo-log-%d.txt", folder, (int)getpid());
+#endif
+}
+
+/* A transfer begins by dropping both queues, so a command has to be on the
+ * line first: waits until the writing thread has written it, then for the
+ * time its bytes take at 9600 baud. */
+static int waitUntilSent(size_t length)
+{
+    const double started = Timer();
+    int32_t waiting;
+    while ((waiting = GetOutQLen(PORT)) > 0 && Timer() - started < TIMEOUT_SECONDS) Delay(0.001);
+    if (waiting != 0) {
+        LOG(ZOR_LOG_ERROR, "the command did not leave: %s",
+            waiting < 0 ? GetRS232ErrorString(waiting) : "time-out");
+        return 0;
+    }
+    Delay((double)length * 10.0 / 9600.0);
+    return 1;
+}
+
+/* Prints the size of the log without its padding, its lines and the first of them. */
+static int printLog(const char *path, double elapsed)
+{
+    int64_t size = 0;
+    int32_t handle;
+    int32_t got;
+    int32_t length;
+    int32_t i;
+    int lines = 0;
+    char *text;
+    const char *line;
+    if (GetFileInfo(path, &size) != 1 || size <= 0 || size > 1000000) {
+        LOG(ZOR_LOG_ERROR, "the log file is missing, empty or too large");
+        return 0;
+    }
+    text = malloc((size_t)size + 1);
+    handle = ZOR_OpenFile(path, 1, 0, 0); /* read only, binary */
+    got = text != NULL && handle >= 0 ? ZOR_ReadFile(handle, text, size) : -1;
+    if (handle >= 0) ZOR_CloseFile(handle);
+    if (got < 0) {
+        LOG(ZOR_LOG_ERROR, "cannot read the log: %s", GetFmtIOErrorString(GetFmtIOError()));
+        free(text);
+        return 0;
+    }
+    for (length = got; length > 0 && text[length - 1] == XMODEM_PADDING; --length) {
+    }
+    text[length] = '\0';
+    for (i = 0; i < length; ++i) lines += text[i] == '\n';
+    printf("Log:      %ld bytes in %d lines (%ld with the last packet's padding), %.3f s\n", (long)length,
+           lines, (long)got, elapsed);
+    line = text;
+    for (i = 0; i < PREVIEW_LINES && *line != '\0'; ++i) {
+        const size_t n = strcspn(line, "\n");
+        printf("  %.*s\n", (int)n, line);
+        line += n + (line[n] == '\n');
+    }
+    if (*line != '\0') printf("  ...\n");
+    free(text);
+    return 1;
+}
+
+/* Has the instrument send its reading log with XModem into a temporary file. */
+static int fetchLog(void)
+{
+    static const char kCommand[] = "LOG:SEND?\n";
+    char path[512];
+    double started;
+    int32_t result;
+    int ok;
+    /* CRC requests a second apart, four tries, 128-byte packets. */
+    result = XModemConfig(PORT, 1.0, 4, 1.0, 128);
+    if (result != 0) {
+        LOG(ZOR_LOG_ERROR, "cannot set up XModem: %s", GetRS232ErrorString(result));
+        return 0;
+    }
+    temporaryPath(path, sizeof path);
+    if (!sendCommand(kCommand) || !waitUntilSent(sizeof kCommand - 1)) return 0;
+    started = Timer();
+    result = XModemReceive(PORT, path);
+    if (result != 0) {
+        LOG(ZOR_LOG_ERROR, "the log did not arrive: %s (%d)", GetRS232ErrorString(result), (int)result);
+        remove(path);
+        return 0;
+    }
+    LOG(ZOR_LOG_INFO, "log received into %s", path);
+    ok = printLog(path, Timer() - started);
+    remove(path);
+    return ok;
+}
+
 static int usage(const char *program)
 {
     fprintf(stderr, "usage: %s [--device PATH] [--count N]\n", program);
@@ -186,7 +299,7 @@ int main(int argc, char **argv)
         StopSimulatedInstrument();
         return 1;
     }
-    ok = openPort(device) && identify() && measure(count);
+    ok = openPort(device) && identify() && measure(count) && fetchLog();
     CloseZORRTDll(&thisModule);
     StopSimulatedInstrument();
     return ok ? 0 : 1;

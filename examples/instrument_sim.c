@@ -6,6 +6,9 @@
  *   *IDN?            its identification line, ended by LF
  *   MEAS:STREAM n    n readings of about 12.3456 V with a little noise, one
  *                    line each ("12.3461 V" CR LF), 50 ms apart
+ *   LOG:SEND?        its reading log, a text file of a few KB ("12, 0.550,
+ *                    12.3449" LF per reading), sent with XModem: it waits
+ *                    for the receiver's C and sends 128-byte CRC packets
  *
  * Commands end with LF; a CR is ignored. Anything else gets no answer and a
  * note on standard error. The demo starts it by itself; it can also be run
@@ -23,11 +26,14 @@
 #include <time.h>
 #include <unistd.h>
 
+#include "xmodem_sender.h"
+
 static const char kIdentification[] = "Simulated Instruments,DMM-6,0001,1.0\n";
 static const double kNominalVolts = 12.3456;
 static const double kNoiseVolts = 0.0008;
 static const long kPauseNs = 50 * 1000 * 1000;
 static const long kMostReadings = 100000;
+static const int kLogReadings = 200;
 
 static uint32_t noiseState;
 
@@ -72,12 +78,40 @@ static int stream(int terminal, long count)
     return 1;
 }
 
+/* The reading log: a heading and one line per reading, taken 50 ms apart. */
+static char *makeLog(size_t *length)
+{
+    const size_t size = 128 + (size_t)kLogReadings * 32;
+    char *log = malloc(size);
+    size_t used;
+    int i;
+    if (log == NULL) return NULL;
+    used = (size_t)snprintf(log, size, "# %s# reading, seconds, volts\n", kIdentification);
+    for (i = 1; i <= kLogReadings && used < size; ++i)
+        used += (size_t)snprintf(log + used, size - used, "%d, %.3f, %.4f\n", i, (i - 1) * 0.05,
+                                 kNominalVolts + noise(kNoiseVolts));
+    *length = used < size ? used : size - 1;
+    return log;
+}
+
+/* Sends the reading log. A client that went meanwhile is noticed by the next read. */
+static int sendLog(int terminal)
+{
+    size_t length = 0;
+    char *log = makeLog(&length);
+    const char *failed = log != NULL ? XModemSendText(terminal, log, length) : "no memory for the log";
+    free(log);
+    if (failed != NULL) fprintf(stderr, "instrument_sim: the log was not sent: %s\n", failed);
+    return 1;
+}
+
 /* Answers one command; 0 once the client has gone. */
 static int answer(int terminal, const char *command)
 {
     long count = 0;
     char extra = 0;
     if (strcmp(command, "*IDN?") == 0) return sendText(terminal, kIdentification, strlen(kIdentification));
+    if (strcmp(command, "LOG:SEND?") == 0) return sendLog(terminal);
     if (sscanf(command, "MEAS:STREAM %ld%c", &count, &extra) == 1 && count > 0 && count <= kMostReadings)
         return stream(terminal, count);
     if (command[0] != '\0') fprintf(stderr, "instrument_sim: no answer to \"%s\"\n", command);

@@ -94,6 +94,9 @@ public:
     virtual bool waitReadable(uint32_t ms) noexcept = 0;
     // Writes, giving up after the write time-out; *written: bytes taken.
     virtual bool write(const void *buffer, uint32_t count, uint32_t *written) noexcept = 0;
+    // Hands the device what it takes at once, without waiting; *written may
+    // be 0. A device that cannot tell takes nothing this way.
+    virtual bool writeNow(const void *buffer, uint32_t count, uint32_t *written) noexcept = 0;
     // Ends every wait and write in progress on other threads (close).
     virtual void interrupt() noexcept = 0;
 

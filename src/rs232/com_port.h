@@ -47,6 +47,8 @@ struct WriteThread {
     std::atomic<uint32_t> ownerThreadId{0};
     int32_t deferredError = 0;
     bool flushRequested = false;
+    // The thread holds a chunk that it is writing.
+    bool writing = false;
 };
 
 struct ComPort {

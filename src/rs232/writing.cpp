@@ -10,7 +10,7 @@
 namespace tollan::rs232 {
 
 // Writes with the port's silence time-out; *taken: bytes queued or written.
-// 0 or -99. A full queue is waited on, not polled.
+// 0, -99 or the device's failure. A full queue is waited on, not polled.
 int32_t writeWithTimeout(ComPort &port, const unsigned char *bytes, uint32_t count, uint32_t *taken) noexcept
 {
     WriteThread &writer = port.writeThread;
@@ -20,10 +20,12 @@ int32_t writeWithTimeout(ComPort &port, const unsigned char *bytes, uint32_t cou
         // The port is closing: nothing more goes anywhere.
         if (writer.stop.load()) return 0;
         const uint32_t rest = count - *taken;
+        int32_t error = 0;
         const uint32_t moved =
             writer.synchronous ? WriteChunk(port, bytes + *taken, rest, static_cast<uint32_t>(port.timeoutMs))
-                               : QueueSomeBytes(port, rest, bytes + *taken);
+                               : WriteOrQueue(port, rest, bytes + *taken, &error);
         *taken += moved;
+        if (error != 0) return error;
         if (moved > 0) {
             timer.progress();
             continue;

@@ -94,10 +94,12 @@ void WritingThreadProc(void *argument) noexcept
                 if (n == 0 || writer.stop.load()) break;
                 chooseChunk(port, n, stalled, &chunk, &writeTimeout);
                 std::memcpy(writer.staging.get(), writer.queue.get(), chunk);
+                writer.writing = true;
             }
             const uint32_t written = WriteChunk(port, writer.staging.get(), chunk, writeTimeout);
             {
                 Hold hold(writer.lock);
+                writer.writing = false;
                 stalled = written == 0;
                 if (!stalled && writer.bytesInQ != 0 && !writer.flushRequested) {
                     if (!(written < INT_MAX))
@@ -213,6 +215,23 @@ uint32_t QueueSomeBytes(ComPort &port, uint32_t count, const unsigned char *byte
     writer.ownerThreadId = platform::currentThreadId();
     writer.wake->set();
     return n;
+}
+
+uint32_t WriteOrQueue(ComPort &port, uint32_t count, const unsigned char *bytes, int32_t *error) noexcept
+{
+    WriteThread &writer = port.writeThread;
+    *error = 0;
+    Hold hold(writer.lock);
+    uint32_t direct = 0;
+    if (writer.bytesInQ == 0 && !writer.writing && !writer.stop.load()) {
+        if (!writer.device->writeNow(bytes, count, &direct)) {
+            *error = MapWin32CommError();
+            if (*error == 0) *error = ZOR_RS232_SYSTEM_ERROR;
+            return 0;
+        }
+        if (direct == count) return direct;
+    }
+    return direct + QueueSomeBytes(port, count - direct, bytes + direct);
 }
 
 uint32_t WriteChunk(ComPort &port, const unsigned char *bytes, uint32_t count,

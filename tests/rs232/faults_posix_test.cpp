@@ -41,14 +41,19 @@ protected:
     }
     void TearDown() override { CloseCom(kPort); }
 
-    // Waits until the writing thread has made `count` more write calls and
-    // had time to record what they gave.
-    void awaitWrites(int count)
+    // Queues a write that the writing thread then fails with `error`: the
+    // device takes nothing at once, so the bytes are queued, and the thread's
+    // write fails. Returns ComWrt's result once the thread has failed.
+    int32_t queueAFailingWrite(int error)
     {
-        const int target = faults_.calls(SystemCall::write) + count;
-        for (int i = 0; i < 2000 && faults_.calls(SystemCall::write) < target; ++i)
+        const int before = faults_.calls(SystemCall::write);
+        faults_.fail(SystemCall::write, EAGAIN, {.times = 1});
+        faults_.fail(SystemCall::write, error, {.times = 1, .skip = 1});
+        const int32_t result = ComWrt(kPort, "lost", 4);
+        for (int i = 0; i < 2000 && faults_.calls(SystemCall::write) < before + 2; ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        return result;
     }
 
     PtyPair pty_;
@@ -78,19 +83,15 @@ TEST_F(FailingLine, AReadThatFailsWhileWaitingEndsAtOnceWithTheError)
 
 TEST_F(FailingLine, AFailedQueuedWriteIsReportedOnceAndDropsTheQueue)
 {
-    // The write is queued; the writing thread's failure is reported by the
-    // write itself when it comes that soon, or else later, once.
-    faults_.fail(SystemCall::write, EIO, {.times = 1});
-    EXPECT_TRUE(writeFailsNowOrLater(ComWrt(kPort, "lost", 4)));
-    awaitWrites(1);
+    // The writing thread's failure is reported by the write itself when it
+    // comes that soon, or else later, once.
+    EXPECT_TRUE(writeFailsNowOrLater(queueAFailingWrite(EIO)));
     EXPECT_EQ(ReturnRS232Err(), ZOR_RS232_SYSTEM_ERROR);
     EXPECT_EQ(GetOutQLen(kPort), 0);  // reported once, and the queue is empty
     EXPECT_EQ(ReturnRS232Err(), 0);
 
     // The same, seen by the next call on the port.
-    faults_.fail(SystemCall::write, ENXIO, {.times = 1});
-    if (ComWrt(kPort, "lost", 4) == 4) {
-        awaitWrites(1);
+    if (queueAFailingWrite(ENXIO) == 4) {
         EXPECT_EQ(GetOutQLen(kPort), ZOR_RS232_SYSTEM_ERROR);
     }
     EXPECT_EQ(GetOutQLen(kPort), 0);

@@ -269,6 +269,21 @@ public:
         return true;
     }
 
+    bool writeNow(const void *buffer, uint32_t count, uint32_t *written) noexcept override
+    {
+        *written = 0;
+        for (;;) {
+            const ssize_t n = sys().write(fd_, buffer, count);
+            if (n >= 0) {
+                *written = static_cast<uint32_t>(n);
+                return true;
+            }
+            if (errno == EINTR) continue;
+            if (errno == EAGAIN || errno == EWOULDBLOCK) return true;
+            return failTransfer();
+        }
+    }
+
     void interrupt() noexcept override
     {
         abortGeneration_.fetch_add(1);

@@ -8,6 +8,8 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -96,9 +98,18 @@ std::string devicePath(const char *name)
     return "/dev/" + path;
 }
 
+// The terminal ends of Unix 98 pseudo-terminals have majors 136 to 143.
+bool isPseudoTerminal(int fd) noexcept
+{
+    struct stat status {};
+    if (sys().fstat(fd, &status) != 0 || !S_ISCHR(status.st_mode)) return false;
+    const unsigned kind = major(status.st_rdev);
+    return kind >= 136 && kind <= 143;
+}
+
 class PosixSerialPort final : public SerialPort {
 public:
-    explicit PosixSerialPort(int fd) noexcept : fd_(fd) {}
+    explicit PosixSerialPort(int fd) noexcept : fd_(fd), pseudoTerminal_(isPseudoTerminal(fd)) {}
     ~PosixSerialPort() override { close(); }
 
     bool apply(SerialSettings *settings, uint32_t inQueue, uint32_t outQueue) noexcept override
@@ -298,7 +309,11 @@ public:
         if ((flags & kPurgeTransmitAbort) != 0) interrupt();
         int queue = -1;
         const bool receive = (flags & kPurgeReceiveClear) != 0;
-        const bool transmit = (flags & kPurgeTransmitClear) != 0;
+        // What a pseudo-terminal was given has reached the far end already
+        // (a line's transmit buffer would have sent it); dropping it there
+        // would take from the peer what it has not read yet, such as the
+        // last answer of a transfer just before a close.
+        const bool transmit = (flags & kPurgeTransmitClear) != 0 && !pseudoTerminal_;
         if (receive && transmit)
             queue = TCIOFLUSH;
         else if (receive)
@@ -433,6 +448,7 @@ private:
     int fd_;
     // Wakes a write that waits for the device: purge with transmit abort, close.
     int abortPipe_[2] = {-1, -1};
+    bool pseudoTerminal_;
     std::atomic<uint64_t> abortGeneration_{0};
     // The line was hung up (the device went away): empty reads are failures.
     std::atomic<bool> hungUp_{false};

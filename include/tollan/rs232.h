@@ -208,11 +208,13 @@ TOLLAN_API int32_t XModemReceive(int32_t port, const char *fileName) TOLLAN_NOEX
 TOLLAN_API int32_t __SetXModemFlushesQs(int32_t flag) TOLLAN_NOEXCEPT;
 
 /* Extension. Progress of a transfer on the port: called on the transferring
- * thread after every acknowledged data packet with the packets and data
- * bytes (padding included) acknowledged so far and the packets repeated so
- * far. A non-zero return cancels the transfer at that packet boundary: one
- * CAN goes to the peer and the transfer returns -403. NULL removes the
- * callback; a close removes it too. 0 or the port's error. */
+ * thread after every data packet that went through (sending: the receiver
+ * acknowledged it; receiving: it is written and about to be acknowledged),
+ * with the packets and data bytes (padding included) so far and the packets
+ * repeated so far. A non-zero return cancels the transfer at that packet
+ * boundary: two CANs go to the peer (in place of a receiver's ACK) and the
+ * transfer returns -403. NULL removes the callback; a close removes it too.
+ * 0 or the port's error. */
 typedef int32_t (*XModemProgressCallback)(int32_t port, int32_t packets, int64_t bytes, int32_t retries,
                                           void *callbackData);
 TOLLAN_API int32_t XModemSetProgressCallback(int32_t port, XModemProgressCallback callback,

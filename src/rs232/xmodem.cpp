@@ -139,19 +139,22 @@ public:
     ComPort &port() noexcept { return port_; }
 
     void repeated() noexcept { ++retries_; }
-    // A data packet was acknowledged; false when the caller's progress
-    // callback asks to stop.
-    bool acknowledged(uint32_t bytes) noexcept
+    // A data packet went through (sent: acknowledged; received: written,
+    // its ACK still to go); false when the caller's progress callback asks
+    // to stop.
+    bool packetDone(uint32_t bytes) noexcept
     {
         ++packets_;
         bytes_ += bytes;
         return port_.xmodemProgress == nullptr ||
                port_.xmodemProgress(number_, packets_, bytes_, retries_, port_.xmodemProgressData) == 0;
     }
-    // Cancels at a packet boundary on the caller's request.
+    // Cancels at a packet boundary on the caller's request, with two CANs:
+    // many peers take a single CAN for line noise.
     int32_t cancelForCaller() noexcept
     {
-        sendControl(kCan);
+        const unsigned char cancel[] = {kCan, kCan};
+        write(cancel, sizeof cancel);
         return ZOR_XMODEM_CANCELLED_BY_CALLER;
     }
 
@@ -301,7 +304,7 @@ int32_t sendFile(Transfer &transfer, const char *fileName) noexcept
         if (got < 0) return ZOR_RS232_FILE_READ_ERROR;
         if (got == 0) return XModemSendPacket(transfer, data.get(), number, crcMode, true);
         if (const int32_t sent = XModemSendPacket(transfer, data.get(), number, crcMode, false)) return sent;
-        if (!transfer.acknowledged(size)) return transfer.cancelForCaller();
+        if (!transfer.packetDone(size)) return transfer.cancelForCaller();
     }
 }
 
@@ -380,8 +383,11 @@ int32_t XModemComtoFileDdataPacket(Transfer &transfer, const XFile &file, bool c
                     if (ZOR_WriteFile(file.handle(), data, size) != static_cast<int32_t>(size))
                         return ZOR_RS232_FILE_WRITE_ERROR;
                     transfer.flushBoth();
+                    // A cancel takes the place of the ACK, so that the
+                    // sender, waiting for its answer, hears it.
+                    if (!transfer.packetDone(size)) return transfer.cancelForCaller();
                     transfer.sendControl(kAck);
-                    return transfer.acknowledged(size) ? 0 : transfer.cancelForCaller();
+                    return 0;
                 }
             }
         } else if (number == static_cast<unsigned char>(expected - 1)) {

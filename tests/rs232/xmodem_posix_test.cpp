@@ -229,8 +229,18 @@ TEST_F(Link, TheProgressCallbackSeesEveryPacketAndMayCancel)
     EXPECT_STREQ(GetRS232ErrorString(ZOR_XMODEM_CANCELLED_BY_CALLER),
                  "Transfer was cancelled by the progress callback");
 
-    // Removed, the transfer runs to its end.
+    // A receiver that stops is heard by the sender at once, not after its tries.
     ASSERT_EQ(XModemSetProgressCallback(kSender, nullptr, nullptr), 0);
+    ASSERT_EQ(XModemConfig(kSender, 1.0, 10, 10.0, 128), 0);
+    const auto stopAtOnce = [](int32_t, int32_t, int64_t, int32_t, void *) -> int32_t { return 1; };
+    ASSERT_EQ(XModemSetProgressCallback(kReceiver, stopAtOnce, nullptr), 0);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(transfer(files_.write("out", randomBytes(10 * 128, 4)), files_.path("in")),
+              std::make_pair(int32_t{ZOR_XMODEM_CANCELLED}, int32_t{ZOR_XMODEM_CANCELLED_BY_CALLER}));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
+
+    // Removed, the transfer runs to its end.
+    ASSERT_EQ(XModemSetProgressCallback(kReceiver, nullptr, nullptr), 0);
     EXPECT_EQ(transfer(files_.write("out", "x"), files_.path("in")), std::make_pair(0, 0));
 }
 

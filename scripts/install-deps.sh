@@ -1,12 +1,16 @@
 #!/usr/bin/env bash
 # Installs what a fresh Debian 12 machine lacks for building and testing
-# Tollan. Usage: install-deps.sh [build|check|bench]. Installs only what is
-# missing, and only as root; otherwise it says what to install and goes on.
+# Tollan. Usage: install-deps.sh [build|check|bench|fuzz]. Installs only what
+# is missing, and only as root; otherwise it says what to install and goes on.
 set -euo pipefail
 need=(cmake ninja-build g++ pkg-config)
+# The fuzzers: clang 16 and its libFuzzer (the system's clang 14 cannot compile
+# std::source_location of the system's libstdc++).
+fuzz=(clang-16 libclang-rt-16-dev)
 case "${1:-build}" in
-  check) need+=(libgtest-dev libgmock-dev googletest g++-mingw-w64-x86-64-posix wine64 socat lrzsz) ;;
+  check) need+=(libgtest-dev libgmock-dev googletest g++-mingw-w64-x86-64-posix wine64 socat lrzsz "${fuzz[@]}") ;;
   bench) need+=(libbenchmark-dev libspdlog-dev libfmt-dev) ;;
+  fuzz) need+=("${fuzz[@]}") ;;
   build) ;;
 esac
 missing=()

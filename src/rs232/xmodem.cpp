@@ -408,7 +408,10 @@ int32_t XModemComtoFileDdataPacket(Transfer &transfer, const XFile &file, bool c
         transfer.sendControl(kNak);
         transfer.repeated();
     }
-    return lastError;
+    // Tries spent only on repeats of the previous packet received nothing:
+    // reporting success would shift every later packet number by one and
+    // leave the file short.
+    return lastError != 0 ? lastError : ZOR_XMODEM_RECEIVE_RETRIES;
 }
 
 int32_t receiveFile(Transfer &transfer, const char *fileName) noexcept

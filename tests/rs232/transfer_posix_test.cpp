@@ -14,9 +14,13 @@
 #include <tollan/rs232.h>
 
 #include "fixtures/pty_pair.h"
+#include "fixtures/pty_relay.h"
+#include "fixtures/scratch_folder.h"
 #include "fixtures/stopwatch.h"
 
 using tollan::testing::PtyPair;
+using tollan::testing::PtyRelay;
+using tollan::testing::randomBytes;
 using tollan::testing::Stopwatch;
 
 namespace {
@@ -56,14 +60,6 @@ protected:
 
     PtyPair pty_;
 };
-
-std::string randomBytes(size_t count, unsigned seed)
-{
-    std::mt19937 generator(seed);
-    std::string bytes(count, '\0');
-    for (char &byte : bytes) byte = static_cast<char>(generator());
-    return bytes;
-}
 
 }  // namespace
 
@@ -301,20 +297,12 @@ TEST(Rs232RoundTrip, SixteenMebibytesArriveByteExact)
     ASSERT_EQ(OpenComConfig(21, out.device().c_str(), 115200, 0, 8, 1, 4096, 4096), 0);
     ASSERT_EQ(OpenComConfig(22, in.device().c_str(), 115200, 0, 8, 1, 4096, 4096), 0);
     const std::string bytes = randomBytes(16 << 20, 5);
-    std::atomic<bool> relaying{true};
-    std::thread relay([&] {
-        while (relaying) {
-            const std::string chunk = out.receive(65536, 20);
-            if (!chunk.empty()) in.send(chunk);
-        }
-    });
+    const PtyRelay relay(out, in);
     std::string got(bytes.size(), '\0');
     int32_t read = 0;
     std::thread reader([&] { read = ComRd(22, got.data(), got.size()); });
     EXPECT_EQ(ComWrt(21, bytes.data(), bytes.size()), static_cast<int32_t>(bytes.size()));
     reader.join();
-    relaying = false;
-    relay.join();
     EXPECT_EQ(read, static_cast<int32_t>(bytes.size()));
     EXPECT_TRUE(got == bytes);
     CloseCom(21);

@@ -6,14 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <functional>
-#include <iterator>
-#include <mutex>
-#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -21,46 +14,20 @@
 #include <tollan/rs232.h>
 
 #include "fixtures/pty_pair.h"
+#include "fixtures/pty_relay.h"
+#include "fixtures/scratch_folder.h"
 #include "rs232/xmodem_check.h"
 
 using tollan::testing::PtyPair;
+using tollan::testing::PtyRelay;
+using tollan::testing::randomBytes;
+using tollan::testing::ScratchFolder;
 
 namespace {
 
 constexpr int kSender = 51;
 constexpr int kReceiver = 52;
 constexpr char kSoh = 0x01, kEot = 0x04, kAck = 0x06, kCan = 0x18;
-
-std::string randomBytes(size_t count, unsigned seed)
-{
-    std::mt19937 random(seed);
-    std::string bytes(count, '\0');
-    for (char &byte : bytes) byte = static_cast<char>(random());
-    return bytes;
-}
-
-class Files {
-public:
-    Files() : folder_(std::filesystem::temp_directory_path() / ("tollan-xmodem-" + std::to_string(getpid())))
-    {
-        std::filesystem::create_directories(folder_);
-    }
-    ~Files() { std::filesystem::remove_all(folder_); }
-    std::string path(const char *name) const { return (folder_ / name).string(); }
-    std::string write(const char *name, const std::string &bytes) const
-    {
-        std::ofstream(path(name), std::ios::binary) << bytes;
-        return path(name);
-    }
-    std::string read(const char *name) const
-    {
-        std::ifstream in(path(name), std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
-
-private:
-    std::filesystem::path folder_;
-};
 
 // What arrives padded to whole packets.
 std::string padded(const std::string &bytes, size_t packet)
@@ -70,34 +37,17 @@ std::string padded(const std::string &bytes, size_t packet)
     return out;
 }
 
-// Two ports whose far ends a relay joins. The relay hands every chunk going
-// from the sender to the receiver to `damage`, which may change it.
+// Two ports whose far ends a relay joins; the relay may damage what goes
+// from the sender to the receiver.
 class Link : public ::testing::Test {
 protected:
-    // Gets each chunk with its index, counted from the last setDamage.
-    using Damage = std::function<void(std::string &chunk, int index)>;
-
     void SetUp() override
     {
         ASSERT_EQ(OpenComConfig(kSender, sender_.device().c_str(), 115200, 0, 8, 1, 4096, 0), 0);
         ASSERT_EQ(OpenComConfig(kReceiver, receiver_.device().c_str(), 115200, 0, 8, 1, 4096, 0), 0);
-        relay_ = std::thread([this] {
-            while (relaying_) {
-                std::string out = sender_.drain(2);
-                if (!out.empty()) {
-                    std::lock_guard hold(damageLock_);
-                    if (damage_) damage_(out, chunks_++);
-                }
-                if (!out.empty()) receiver_.send(out);
-                const std::string back = receiver_.drain(2);
-                if (!back.empty()) sender_.send(back);
-            }
-        });
     }
     void TearDown() override
     {
-        relaying_ = false;
-        relay_.join();
         CloseCom(kSender);
         CloseCom(kReceiver);
     }
@@ -118,20 +68,9 @@ protected:
         return {sent, received};
     }
 
-    void setDamage(Damage damage)
-    {
-        std::lock_guard hold(damageLock_);
-        damage_ = std::move(damage);
-        chunks_ = 0;
-    }
-
     PtyPair sender_, receiver_;
-    std::mutex damageLock_;
-    Damage damage_;  // these two guarded by damageLock_
-    int chunks_ = 0;
-    std::atomic<bool> relaying_{true};
-    std::thread relay_;
-    Files files_;
+    PtyRelay relay_{sender_, receiver_};
+    ScratchFolder files_{"tollan-xmodem"};
 };
 
 TEST_F(Link, OurSenderToOurReceiverInEachPacketSizeAndCheckMode)
@@ -162,11 +101,12 @@ TEST_F(Link, OurSenderToOurReceiverInEachPacketSizeAndCheckMode)
 
 TEST_F(Link, ADamagedLineIsRecoveredFrom)
 {
-    configure(1.0, 5, 0.5, 128);
+    // Answers are awaited longer than a damaged packet takes to drain.
+    configure(1.0, 5, 1.5, 128);
     const std::string bytes = randomBytes(20 * 128, 5);
     struct Case {
         const char *name;
-        Damage damage;
+        PtyRelay::Damage damage;
     };
     const Case cases[] = {
         {"one byte corrupted",
@@ -184,7 +124,7 @@ TEST_F(Link, ADamagedLineIsRecoveredFrom)
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(c.name);
-        setDamage(c.damage);
+        relay_.setDamage(c.damage);
         EXPECT_EQ(transfer(files_.write("out", bytes), files_.path("in")), std::make_pair(0, 0));
         EXPECT_TRUE(files_.read("in") == bytes);
     }
@@ -194,7 +134,7 @@ TEST_F(Link, ACancelEndsBothSides)
 {
     configure(1.0, 3, 0.5, 128);
     // The tenth chunk from the sender becomes CAN for the receiver.
-    setDamage([](std::string &chunk, int index) {
+    relay_.setDamage([](std::string &chunk, int index) {
         if (index == 10) chunk = std::string(1, kCan);
     });
     const auto [sent, received] = transfer(files_.write("out", randomBytes(40 * 128, 2)), files_.path("in"));
@@ -258,7 +198,7 @@ TEST(XModem, ConfigurationChecksAndTheReceiversRequests)
     EXPECT_EQ(XModemReceive(54, "x"), ZOR_RS232_PORT_NOT_OPEN);
 
     // Ten tries: C five times, then NAK five times, then the receiver gives up.
-    Files files;
+    ScratchFolder files("tollan-xmodem");
     ASSERT_EQ(XModemConfig(53, 0.05, 10, 10.0, 0), 0);
     EXPECT_EQ(XModemReceive(53, files.path("in").c_str()), ZOR_XMODEM_RECEIVE_RETRIES);
     EXPECT_EQ(peer.drain(), "CCCCC\x15\x15\x15\x15\x15");
@@ -299,7 +239,7 @@ TEST(XModem, ARepeatedPacketIsAcknowledgedAndWrittenOnce)
     for (const Case &c : cases) {
         SCOPED_TRACE(c.tries);
         PtyPair peer;
-        Files files;
+        ScratchFolder files("tollan-xmodem");
         ASSERT_EQ(OpenComConfig(55, peer.device().c_str(), 115200, 0, 8, 1, 512, 0), 0);
         ASSERT_EQ(XModemConfig(55, 1.0, c.tries, 1.0, 128), 0);
         int32_t result = 1;
@@ -328,21 +268,10 @@ protected:
     {
         if (access("/usr/bin/sx", X_OK) != 0 || access("/usr/bin/rx", X_OK) != 0) GTEST_SKIP() << "no lrzsz";
         ASSERT_EQ(OpenComConfig(kPort, line_.device().c_str(), 115200, 0, 8, 1, 4096, 0), 0);
-        relay_ = std::thread([this] {
-            while (relaying_) {
-                const std::string out = line_.drain(2);
-                if (!out.empty()) program_.send(out);
-                const std::string back = program_.drain(2);
-                if (!back.empty()) line_.send(back);
-            }
-        });
     }
     void TearDown() override
     {
-        if (IsSkipped()) return;
-        relaying_ = false;
-        relay_.join();
-        CloseCom(kPort);
+        if (!IsSkipped()) CloseCom(kPort);
     }
     pid_t start(std::vector<std::string> arguments)
     {
@@ -370,9 +299,8 @@ protected:
 
     static constexpr int kPort = 56;
     PtyPair line_, program_;
-    std::atomic<bool> relaying_{true};
-    std::thread relay_;
-    Files files_;
+    PtyRelay relay_{line_, program_};
+    ScratchFolder files_{"tollan-xmodem"};
 };
 
 TEST_F(Lrzsz, SxSendsToOurReceiver)

@@ -21,8 +21,13 @@
 #include <tollan/rs232.h>
 
 #include "fixtures/pty_pair.h"
+#include "fixtures/pty_relay.h"
+#include "fixtures/scratch_folder.h"
 
 using tollan::testing::PtyPair;
+using tollan::testing::PtyRelay;
+using tollan::testing::randomBytes;
+using tollan::testing::ScratchFolder;
 
 namespace {
 
@@ -85,62 +90,12 @@ Ended finish(const Started &run, int seconds = 10)
     return ended;
 }
 
-class Files {
-public:
-    Files()
-        : folder_(std::filesystem::temp_directory_path() / ("tollan-xmodem-tool-" + std::to_string(getpid())))
-    {
-        std::filesystem::create_directories(folder_);
-    }
-    ~Files() { std::filesystem::remove_all(folder_); }
-    std::string path(const char *name) const { return (folder_ / name).string(); }
-    std::string write(const char *name, const std::string &bytes) const
-    {
-        std::ofstream(path(name), std::ios::binary) << bytes;
-        return path(name);
-    }
-    std::string read(const char *name) const
-    {
-        std::ifstream in(path(name), std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
-
-private:
-    std::filesystem::path folder_;
-};
-
-std::string randomBytes(size_t count, unsigned seed)
-{
-    std::mt19937 random(seed);
-    std::string bytes(count, '\0');
-    for (char &byte : bytes) byte = static_cast<char>(random());
-    return bytes;
-}
-
 // Two lines whose far ends a relay joins: the sender's and the receiver's.
 class Relayed : public ::testing::Test {
 protected:
-    void SetUp() override
-    {
-        relay_ = std::thread([this] {
-            while (relaying_) {
-                const std::string out = sender_.drain(2);
-                if (!out.empty()) receiver_.send(out);
-                const std::string back = receiver_.drain(2);
-                if (!back.empty()) sender_.send(back);
-            }
-        });
-    }
-    void TearDown() override
-    {
-        relaying_ = false;
-        relay_.join();
-    }
-
     PtyPair sender_, receiver_;
-    std::atomic<bool> relaying_{true};
-    std::thread relay_;
-    Files files_;
+    PtyRelay relay_{sender_, receiver_};
+    ScratchFolder files_{"tollan-xmodem-tool"};
 };
 
 TEST_F(Relayed, AFileArrivesWholeInEachPacketSize)
@@ -220,7 +175,7 @@ TEST(XModemTool, UsageErrorsGiveTwoAndFailuresOne)
     }
     // A failure the library reports: its text and code, status 1.
     PtyPair line;
-    Files files;
+    ScratchFolder files("tollan-xmodem-tool");
     const Ended ended = finish(start({"send", line.device(), files.path("missing")}));
     EXPECT_EQ(ended.status, 1);
     EXPECT_EQ(ended.error,

@@ -23,7 +23,7 @@ int32_t writeWithTimeout(ComPort &port, const unsigned char *bytes, uint32_t cou
         int32_t error = 0;
         const uint32_t moved =
             writer.synchronous ? WriteChunk(port, bytes + *taken, rest, static_cast<uint32_t>(port.timeoutMs))
-                               : WriteOrQueue(port, rest, bytes + *taken, &error);
+                               : WriteOrQueue(port, rest, bytes + *taken, timer.remainingMs(), &error);
         *taken += moved;
         if (error != 0) return error;
         if (moved > 0) {

@@ -217,21 +217,47 @@ uint32_t QueueSomeBytes(ComPort &port, uint32_t count, const unsigned char *byte
     return n;
 }
 
-uint32_t WriteOrQueue(ComPort &port, uint32_t count, const unsigned char *bytes, int32_t *error) noexcept
+uint32_t WriteOrQueue(ComPort &port, uint32_t count, const unsigned char *bytes, uint32_t waitMs,
+                      int32_t *error) noexcept
 {
     WriteThread &writer = port.writeThread;
     *error = 0;
-    Hold hold(writer.lock);
+    const auto failed = [error]() noexcept {
+        *error = MapWin32CommError();
+        if (*error == 0) *error = ZOR_RS232_SYSTEM_ERROR;
+    };
     uint32_t direct = 0;
-    if (writer.bytesInQ == 0 && !writer.writing && !writer.stop.load()) {
-        if (!writer.device->writeNow(bytes, count, &direct)) {
-            *error = MapWin32CommError();
-            if (*error == 0) *error = ZOR_RS232_SYSTEM_ERROR;
-            return 0;
+    uint32_t beyondQueue = 0;
+    {
+        Hold hold(writer.lock);
+        if (writer.bytesInQ != 0 || writer.writing || writer.stop.load())
+            return QueueSomeBytes(port, count, bytes);
+        beyondQueue = count > writer.capacity ? count - writer.capacity : 0;
+        if (beyondQueue == 0) {
+            if (!writer.device->writeNow(bytes, count, &direct)) {
+                failed();
+                return 0;
+            }
+            return direct + QueueSomeBytes(port, count - direct, bytes + direct);
         }
-        if (direct == count) return direct;
+        // More than the queue holds: the caller would only wait for the
+        // thread to drain it piece by piece, so it writes what does not fit
+        // itself, as the thread would, and keeps the thread out meanwhile.
+        // (Flushes and closes need the port, which the caller holds.)
+        writer.writing = true;
+        ApplyWriteTimeout(port, std::max(waitMs, 1u));
     }
-    return direct + QueueSomeBytes(port, count - direct, bytes + direct);
+    const bool done = writer.device->write(bytes, beyondQueue, &direct);
+    Hold hold(writer.lock);
+    writer.writing = false;
+    if (!done) {
+        failed();
+        return direct;
+    }
+    // A line that stopped taking bytes leaves the queue full, as a write
+    // through the thread alone would.
+    if (direct < beyondQueue) direct += QueueSomeBytes(port, count - direct, bytes + direct);
+    return direct;
 }
 
 uint32_t WriteChunk(ComPort &port, const unsigned char *bytes, uint32_t count,

@@ -21,11 +21,14 @@ bool FlushAndAbortTransfer(ComPort &port, bool receiveToo) noexcept;
 
 // Queues up to count bytes; returns how many were taken (0 when the queue is full).
 uint32_t QueueSomeBytes(ComPort &port, uint32_t count, const unsigned char *bytes) noexcept;
-// Takes up to count bytes for the writing thread: when nothing is queued or
-// being written, what the device takes at once goes to it directly (so a
-// long write does not pass through the queue piece by piece), the rest is
-// queued. Returns how many were taken; *error: a failure of the device.
-uint32_t WriteOrQueue(ComPort &port, uint32_t count, const unsigned char *bytes, int32_t *error) noexcept;
+// Takes up to count bytes for the writing thread. When nothing is queued or
+// being written, they go to the device directly: what it takes at once when
+// the rest fits the queue, or else what does not fit the queue, waiting at
+// most waitMs for the device (so a long write does not pass through the
+// queue piece by piece). The rest is queued. Returns how many were taken;
+// *error: a failure of the device.
+uint32_t WriteOrQueue(ComPort &port, uint32_t count, const unsigned char *bytes, uint32_t waitMs,
+                      int32_t *error) noexcept;
 // Writes bytes to the device with the given write time-out (synchronous mode
 // and the writing thread); returns how many were written. A failure other
 // than an aborted write becomes the port's deferred error.

@@ -264,12 +264,16 @@ public:
             const ssize_t n = sys().write(fd_, bytes + *written, count - *written);
             if (n > 0) {
                 *written += static_cast<uint32_t>(n);
+                // A short write means the device is full: wait rather than
+                // ask again at once.
+                if (*written == count) break;
+            } else if (n < 0 && errno == EINTR) {
                 continue;
+            } else if (n < 0 && errno != EAGAIN && errno != EWOULDBLOCK) {
+                return failTransfer();
             }
-            if (n < 0 && errno == EINTR) continue;
-            if (n < 0 && errno != EAGAIN && errno != EWOULDBLOCK) return failTransfer();
-            // The device takes nothing now: wait until it does, the write
-            // time-out runs out, or the write is aborted.
+            // The device takes nothing more now: wait until it does, the
+            // write time-out runs out, or the write is aborted.
             const int left = timeoutMs == 0 ? -1 : static_cast<int>(posix::remainingMs(deadline));
             if (left == 0) return true;
             pollfd waits[2] = {{fd_, POLLOUT, 0}, {abortPipe_[0], POLLIN, 0}};

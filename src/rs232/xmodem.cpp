@@ -247,24 +247,31 @@ int32_t XModemStartSndConnection(Transfer &transfer, bool *crcMode) noexcept
     return ZOR_XMODEM_NO_INITIAL_NAK;
 }
 
+constexpr uint32_t kHeadSize = 3;
+constexpr uint32_t kLongestCheck = 2;
+
 // Sends one packet (or EOT) until it is acknowledged; a packet never
-// acknowledged is cancelled with CAN.
-int32_t XModemSendPacket(Transfer &transfer, const unsigned char *data, unsigned char number, bool crcMode,
+// acknowledged is cancelled with CAN. `packet` holds the data after room for
+// the head, and room for the check after it: the packet goes out in one
+// write, so that it reaches the line in one piece.
+int32_t XModemSendPacket(Transfer &transfer, unsigned char *packet, unsigned char number, bool crcMode,
                          bool end) noexcept
 {
     const ComPort &port = transfer.port();
     const auto size = static_cast<uint32_t>(port.xmodemPacketSize);
-    std::array<unsigned char, 3> head{port.xmodemPacketSize == kLongPacket ? kStx : kSoh, number,
-                                      static_cast<unsigned char>(~number)};
-    std::array<unsigned char, 2> check{};
+    unsigned char *data = packet + kHeadSize;
+    packet[0] = port.xmodemPacketSize == kLongPacket ? kStx : kSoh;
+    packet[1] = number;
+    packet[2] = static_cast<unsigned char>(~number);
     uint32_t checkSize = 1;
     if (!end) {
         if (crcMode) {
             const uint16_t crc = crc16Xmodem(data, size);
-            check = {static_cast<unsigned char>(crc >> 8), static_cast<unsigned char>(crc)};
+            data[size] = static_cast<unsigned char>(crc >> 8);
+            data[size + 1] = static_cast<unsigned char>(crc);
             checkSize = 2;
         } else {
-            check[0] = checksum8(data, size);
+            data[size] = checksum8(data, size);
         }
     }
     for (int32_t tries = 0; tries < port.xmodemMaxTries; ++tries) {
@@ -273,9 +280,7 @@ int32_t XModemSendPacket(Transfer &transfer, const unsigned char *data, unsigned
         if (end) {
             transfer.sendControl(kEot);
         } else {
-            transfer.write(head.data(), head.size());
-            transfer.write(data, size);
-            transfer.write(check.data(), checkSize);
+            transfer.write(packet, kHeadSize + size + checkSize);
         }
         const int answer = transfer.awaitByte(periodMs(port.xmodemWaitPeriod), [](unsigned char b) {
             return b == kAck || b == kNak || b == kCan;
@@ -294,16 +299,19 @@ int32_t sendFile(Transfer &transfer, const char *fileName) noexcept
     const XFile file(fileName, 1, 2);  // read only, binary
     if (!file.opened()) return ZOR_XMODEM_FILE_OPEN;
     const auto size = static_cast<uint32_t>(transfer.port().xmodemPacketSize);
-    std::unique_ptr<unsigned char[]> data(new (std::nothrow) unsigned char[std::max(size, 1u)]);
-    if (data == nullptr) return ZOR_RS232_NO_MEMORY;
+    std::unique_ptr<unsigned char[]> packet(
+        new (std::nothrow) unsigned char[kHeadSize + size + kLongestCheck]);
+    if (packet == nullptr) return ZOR_RS232_NO_MEMORY;
+    unsigned char *data = packet.get() + kHeadSize;
     bool crcMode = false;
     if (const int32_t started = XModemStartSndConnection(transfer, &crcMode)) return started;
     for (unsigned char number = 1;; ++number) {
-        std::memset(data.get(), 0, size);
-        const int32_t got = ZOR_ReadFile(file.handle(), data.get(), size);
+        std::memset(data, 0, size);
+        const int32_t got = ZOR_ReadFile(file.handle(), data, size);
         if (got < 0) return ZOR_RS232_FILE_READ_ERROR;
-        if (got == 0) return XModemSendPacket(transfer, data.get(), number, crcMode, true);
-        if (const int32_t sent = XModemSendPacket(transfer, data.get(), number, crcMode, false)) return sent;
+        if (got == 0) return XModemSendPacket(transfer, packet.get(), number, crcMode, true);
+        if (const int32_t sent = XModemSendPacket(transfer, packet.get(), number, crcMode, false))
+            return sent;
         if (!transfer.packetDone(size)) return transfer.cancelForCaller();
     }
 }

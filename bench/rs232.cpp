@@ -31,7 +31,15 @@
 
 #include <tollan/rs232.h>
 
+#include "pty_line.h"
+
 namespace {
+
+using bench::openPlainTerminal;
+using bench::plainRead;
+using bench::plainWrite;
+using bench::Pty;
+using bench::waitFor;
 
 using Clock = std::chrono::steady_clock;
 
@@ -43,77 +51,6 @@ constexpr size_t kChunk = size_t{64} << 10;
 constexpr int kGiveUpMs = 10000;  // a stalled transfer fails instead of hanging the run
 
 enum Way : int64_t { kPlain = 0, kLibrary = 1 };
-
-// One pseudo-terminal pair: the controlling end stays here (non-blocking),
-// the terminal end is opened by its path, by the library or by the plain
-// baseline.
-class Pty {
-public:
-    Pty()
-    {
-        master_ = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
-        if (master_ < 0 || grantpt(master_) != 0 || unlockpt(master_) != 0 ||
-            ptsname_r(master_, name_, sizeof name_) != 0) {
-            close();
-            return;
-        }
-        termios raw{};
-        if (tcgetattr(master_, &raw) == 0) {
-            cfmakeraw(&raw);
-            tcsetattr(master_, TCSANOW, &raw);
-        }
-        fcntl(master_, F_SETFL, fcntl(master_, F_GETFL) | O_NONBLOCK);
-    }
-    ~Pty() { close(); }
-    Pty(const Pty &) = delete;
-    Pty &operator=(const Pty &) = delete;
-
-    bool ok() const { return master_ >= 0; }
-    int master() const { return master_; }
-    const char *device() const { return name_; }
-
-private:
-    void close()
-    {
-        if (master_ >= 0) ::close(master_);
-        master_ = -1;
-    }
-    int master_ = -1;
-    char name_[128] = "";
-};
-
-// The terminal end opened directly, blocking, raw, a read returning as soon
-// as one byte is there: the plain way to talk to a serial device.
-int openPlainTerminal(const char *device)
-{
-    const int fd = ::open(device, O_RDWR | O_NOCTTY | O_CLOEXEC);
-    if (fd < 0) return -1;
-    termios raw{};
-    if (tcgetattr(fd, &raw) != 0) {
-        ::close(fd);
-        return -1;
-    }
-    cfmakeraw(&raw);
-    cfsetispeed(&raw, B115200);
-    cfsetospeed(&raw, B115200);
-    raw.c_cc[VMIN] = 1;
-    raw.c_cc[VTIME] = 0;
-    if (tcsetattr(fd, TCSANOW, &raw) != 0) {
-        ::close(fd);
-        return -1;
-    }
-    return fd;
-}
-
-bool waitFor(int fd, short events, int timeoutMs)
-{
-    pollfd wait{fd, events, 0};
-    int ready;
-    do {
-        ready = ::poll(&wait, 1, timeoutMs);
-    } while (ready < 0 && errno == EINTR);
-    return ready > 0;
-}
 
 // Moves exactly `count` bytes through a non-blocking descriptor; false when
 // it fails or stalls for kGiveUpMs.
@@ -143,31 +80,6 @@ bool writeExactly(int fd, const unsigned char *bytes, size_t size, size_t count)
         } else if (!waitFor(fd, POLLOUT, kGiveUpMs)) {
             return false;
         }
-    }
-    return true;
-}
-
-// The same on the blocking terminal end of the plain baseline.
-bool plainWrite(int fd, const unsigned char *bytes, size_t count)
-{
-    while (count > 0) {
-        const ssize_t n = ::write(fd, bytes, count);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) return false;
-        bytes += n;
-        count -= static_cast<size_t>(n);
-    }
-    return true;
-}
-
-bool plainRead(int fd, unsigned char *buffer, size_t count)
-{
-    while (count > 0) {
-        const ssize_t n = ::read(fd, buffer, count);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) return false;
-        buffer += n;
-        count -= static_cast<size_t>(n);
     }
     return true;
 }

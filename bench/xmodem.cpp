@@ -49,7 +49,14 @@
 
 #include <tollan/rs232.h>
 
+#include "pty_line.h"
+
 namespace {
+
+using bench::openPlainTerminal;
+using bench::plainRead;
+using bench::plainWrite;
+using bench::Pty;
 
 using Clock = std::chrono::steady_clock;
 
@@ -87,54 +94,6 @@ double secondsBetween(Clock::time_point from, Clock::time_point to)
 {
     return std::chrono::duration<double>(to - from).count();
 }
-
-// One pseudo-terminal pair: the controlling end stays here (non-blocking,
-// raw); the terminal end is opened by its path by whoever uses it. A
-// descriptor of the terminal end is held open as well, so that the pair does
-// not hang up before a program opens it or after the program exits.
-class Pty {
-public:
-    Pty()
-    {
-        master_ = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
-        if (master_ < 0 || grantpt(master_) != 0 || unlockpt(master_) != 0 ||
-            ptsname_r(master_, name_, sizeof name_) != 0) {
-            close();
-            return;
-        }
-        termios raw{};
-        if (tcgetattr(master_, &raw) == 0) {
-            cfmakeraw(&raw);
-            tcsetattr(master_, TCSANOW, &raw);
-        }
-        fcntl(master_, F_SETFL, fcntl(master_, F_GETFL) | O_NONBLOCK);
-        held_ = ::open(name_, O_RDWR | O_NOCTTY | O_CLOEXEC);
-        if (held_ < 0 || tcgetattr(held_, &raw) != 0) {
-            close();
-            return;
-        }
-        cfmakeraw(&raw);
-        tcsetattr(held_, TCSANOW, &raw);
-    }
-    ~Pty() { close(); }
-    Pty(const Pty &) = delete;
-    Pty &operator=(const Pty &) = delete;
-
-    bool ok() const { return master_ >= 0; }
-    int master() const { return master_; }
-    const char *device() const { return name_; }
-
-private:
-    void close()
-    {
-        if (held_ >= 0) ::close(held_);
-        if (master_ >= 0) ::close(master_);
-        held_ = master_ = -1;
-    }
-    int master_ = -1;
-    int held_ = -1;
-    char name_[128] = "";
-};
 
 // What the relay saw of a transfer. The stream from the sender is followed
 // packet by packet (a clean link never needs more); times are those of the
@@ -338,53 +297,6 @@ private:
 
 // ---- the link with plain write and read ------------------------------------
 
-// The terminal end opened directly, blocking, raw, a read returning as soon
-// as one byte is there: the plain way to talk to a serial device.
-int openPlainTerminal(const char *device)
-{
-    const int fd = ::open(device, O_RDWR | O_NOCTTY | O_CLOEXEC);
-    if (fd < 0) return -1;
-    termios raw{};
-    if (tcgetattr(fd, &raw) != 0) {
-        ::close(fd);
-        return -1;
-    }
-    cfmakeraw(&raw);
-    cfsetispeed(&raw, B115200);
-    cfsetospeed(&raw, B115200);
-    raw.c_cc[VMIN] = 1;
-    raw.c_cc[VTIME] = 0;
-    if (tcsetattr(fd, TCSANOW, &raw) != 0) {
-        ::close(fd);
-        return -1;
-    }
-    return fd;
-}
-
-bool plainWrite(int fd, const unsigned char *bytes, size_t count)
-{
-    while (count > 0) {
-        const ssize_t n = ::write(fd, bytes, count);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) return false;
-        bytes += n;
-        count -= static_cast<size_t>(n);
-    }
-    return true;
-}
-
-bool plainRead(int fd, unsigned char *buffer, size_t count)
-{
-    while (count > 0) {
-        const ssize_t n = ::read(fd, buffer, count);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) return false;
-        buffer += n;
-        count -= static_cast<size_t>(n);
-    }
-    return true;
-}
-
 // Two pairs joined by a relay, their terminal ends opened the plain way.
 class PlainLink {
 public:
@@ -418,7 +330,7 @@ public:
     int far() const { return far_; }
 
 private:
-    Pty a_, b_;
+    Pty a_{true}, b_{true};
     Relay relay_{a_.master(), b_.master(), 2, false};
     int near_ = -1;
     int far_ = -1;
@@ -765,7 +677,7 @@ Outcome transfer(benchmark::State &state, Way way, Mode mode, const std::string 
     const bool oursSend = way == kOursToOurs || way == kOursToRx;
     const bool oursReceive = way == kOursToOurs || way == kSxToOurs;
     Outcome outcome;
-    Pty senderPair, receiverPair;
+    Pty senderPair(true), receiverPair(true);
     if (!senderPair.ok() || !receiverPair.ok()) {
         outcome.failure = "no pseudo-terminal pairs";
         return outcome;

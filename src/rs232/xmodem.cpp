@@ -440,6 +440,21 @@ int32_t receiveFile(Transfer &transfer, const char *fileName) noexcept
     return 0;
 }
 
+// A whole transfer in the frame of an exported call: the line switched back
+// and the last byte sent before the call's result is recorded.
+int32_t runTransfer(int32_t port, const char *function, int32_t (*move)(Transfer &, const char *),
+                    const char *fileName) noexcept
+{
+    PortCall call(port, function);
+    if (!call) return call.result();
+    int32_t result = 0;
+    {
+        Transfer transfer(port, *call.port());
+        result = move(transfer, fileName);
+    }
+    return call.finish(result);
+}
+
 }  // namespace
 }  // namespace tollan::rs232
 
@@ -466,26 +481,12 @@ int32_t XModemConfig(int32_t port, double startDelay, int32_t maximumTries, doub
 
 int32_t XModemSend(int32_t port, const char *fileName) noexcept
 {
-    PortCall call(port, "QX_XModemSend");
-    if (!call) return call.result();
-    int32_t result = 0;
-    {
-        Transfer transfer(port, *call.port());
-        result = sendFile(transfer, fileName);
-    }
-    return call.finish(result);
+    return runTransfer(port, "QX_XModemSend", sendFile, fileName);
 }
 
 int32_t XModemReceive(int32_t port, const char *fileName) noexcept
 {
-    PortCall call(port, "QX_XModemReceive");
-    if (!call) return call.result();
-    int32_t result = 0;
-    {
-        Transfer transfer(port, *call.port());
-        result = receiveFile(transfer, fileName);
-    }
-    return call.finish(result);
+    return runTransfer(port, "QX_XModemReceive", receiveFile, fileName);
 }
 
 int32_t XModemSetProgressCallback(int32_t port, XModemProgressCallback callback, void *callbackData) noexcept

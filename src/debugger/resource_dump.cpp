@@ -97,7 +97,7 @@ public:
     bool failed() const noexcept { return failed_; }
     void flush() noexcept
     {
-        if (used_ > 0 && platform::writeFile(file_, buffer_, static_cast<uint32_t>(used_)) != 0)
+        if (used_ > 0 && platform::writeFile(file_, buffer_, static_cast<uint32_t>(used_)) != platform::FileError::none)
             failed_ = true;
         used_ = 0;
     }
@@ -179,7 +179,7 @@ int32_t __ZOR_Resource_DumpToFile(const char *path) noexcept
     request.create = true;
     request.truncate = true;
     tollan::platform::NativeFile file = tollan::platform::kNoFile;
-    if (path == nullptr || tollan::platform::openFile(path, request, &file) != 0) {
+    if (path == nullptr || tollan::platform::openFile(path, request, &file) != tollan::platform::FileError::none) {
         LDiscard(list);
         return warnFailure(kCannotWrite);
     }
@@ -208,6 +208,6 @@ int32_t __ZOR_Resource_DumpToFile(const char *path) noexcept
         failed = out.failed();
     }
     LDiscard(list);
-    failed = tollan::platform::closeFile(file) != 0 || failed;
+    failed = tollan::platform::closeFile(file) != tollan::platform::FileError::none || failed;
     return failed ? warnFailure(kCannotWrite) : 0;
 }

@@ -1,3 +1,4 @@
+#include "fmtio/io_error.h"
 #include "fmtio/file_access.h"
 
 #include <algorithm>
@@ -10,7 +11,7 @@
 namespace tollan::fmtio {
 namespace {
 
-using platform::ioerror::kNone;
+using ioerror::kNone;
 
 bool isText(const FileSlot &file) noexcept
 {
@@ -49,7 +50,8 @@ public:
                 }
             } else if (used_ == 0 && length >= capacity_) {
                 // Large binary blocks go to the system as they stand.
-                if (const int32_t error = platform::writeFile(osFile_, data, static_cast<uint32_t>(length));
+                if (const int32_t error =
+                        ioErrorOf(platform::writeFile(osFile_, data, static_cast<uint32_t>(length)));
                     error != kNone)
                     return error;
                 taken = length;
@@ -66,7 +68,7 @@ public:
 
     int32_t flush() noexcept
     {
-        const int32_t error = platform::writeFile(osFile_, chunk_, static_cast<uint32_t>(used_));
+        const int32_t error = ioErrorOf(platform::writeFile(osFile_, chunk_, static_cast<uint32_t>(used_)));
         used_ = 0;
         return error;
     }
@@ -86,14 +88,16 @@ private:
 
 int32_t readRaw(FileSlot &file, char *buffer, uint32_t count, uint32_t *got) noexcept
 {
-    if (count == 0 || file.pendingByte < 0) return platform::readFile(file.osFile, buffer, count, got);
+    if (count == 0 || file.pendingByte < 0)
+        return ioErrorOf(platform::readFile(file.osFile, buffer, count, got));
 
     buffer[0] = static_cast<char>(file.pendingByte);
     file.pendingByte = -1;
     uint32_t more = 0;
     // The byte read ahead is delivered even when the read behind it fails:
     // that failure shows up on the next call.
-    if (count > 1 && platform::readFile(file.osFile, buffer + 1, count - 1, &more) != kNone) more = 0;
+    if (count > 1 && ioErrorOf(platform::readFile(file.osFile, buffer + 1, count - 1, &more)) != kNone)
+        more = 0;
     *got = 1 + more;
     return kNone;
 }
@@ -102,7 +106,7 @@ int32_t unreadByte(FileSlot &file, char byte) noexcept
 {
     if (file.diskFile) {
         int64_t position;
-        return platform::seekFile(file.osFile, -1, platform::SeekOrigin::current, &position);
+        return ioErrorOf(platform::seekFile(file.osFile, -1, platform::SeekOrigin::current, &position));
     }
     file.pendingByte = static_cast<unsigned char>(byte);
     return kNone;
@@ -141,12 +145,13 @@ int32_t writeData(FileSlot &file, const char *data, uint32_t count, bool newline
     if (count == 0 && !newline) return kNone;
     if ((file.openFlags & openflag::kAppend) != 0 && file.diskFile) {
         int64_t position;
-        if (const int32_t error = platform::seekFile(file.osFile, 0, platform::SeekOrigin::end, &position);
+        if (const int32_t error =
+                ioErrorOf(platform::seekFile(file.osFile, 0, platform::SeekOrigin::end, &position));
             error != kNone)
             return error;
     }
     const bool text = isText(file);
-    if (!text && !newline) return platform::writeFile(file.osFile, data, count);
+    if (!text && !newline) return ioErrorOf(platform::writeFile(file.osFile, data, count));
 
     // Text may double in size: every byte could be an LF.
     ChunkWriter writer(file.osFile, text ? 2 * size_t{count} + 2 : size_t{count} + 1);
@@ -160,7 +165,7 @@ int32_t seekData(FileSlot &file, int64_t offset, platform::SeekOrigin origin, in
 {
     // The system's position is one past the byte read ahead.
     if (origin == platform::SeekOrigin::current && file.pendingByte >= 0) --offset;
-    const int32_t error = platform::seekFile(file.osFile, offset, origin, position);
+    const int32_t error = ioErrorOf(platform::seekFile(file.osFile, offset, origin, position));
     if (error == kNone) file.pendingByte = -1;
     return error;
 }

@@ -4,13 +4,14 @@
 
 #include <tollan/fmtio.h>
 
+#include "fmtio/io_error.h"
 #include "fmtio/file_access.h"
 #include "fmtio/file_table.h"
 #include "fmtio/path_check.h"
 #include "fmtio/thread_state.h"
 
 using namespace tollan::fmtio;
-namespace ioerror = tollan::platform::ioerror;
+namespace ioerror = tollan::fmtio::ioerror;
 
 namespace {
 
@@ -70,7 +71,8 @@ int32_t ZOR_OpenFile(const char *path, int32_t action, int32_t mode, int32_t typ
     request.truncate = (flags & openflag::kTruncate) != 0;
     request.create = (flags & openflag::kCreate) != 0;
     tollan::platform::NativeFile osFile;
-    if (const int32_t error = tollan::platform::openFile(path, request, &osFile); error != ioerror::kNone)
+    if (const int32_t error = ioErrorOf(tollan::platform::openFile(path, request, &osFile));
+        error != ioerror::kNone)
         return failWith(error);
 
     const int32_t handle = attachFile(osFile, flags, path);
@@ -144,7 +146,7 @@ int32_t GetFileInfo(const char *path, int64_t *size) noexcept
     if (const int32_t error = checkPath(path); error != ioerror::kNone) return failWith(error);
     bool exists = false;
     int64_t fileSize = 0;
-    if (const int32_t error = tollan::platform::queryFileSize(path, &exists, &fileSize);
+    if (const int32_t error = ioErrorOf(tollan::platform::queryFileSize(path, &exists, &fileSize));
         error != ioerror::kNone)
         return failWith(error);
     if (size != nullptr) *size = fileSize;

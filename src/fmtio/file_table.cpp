@@ -1,3 +1,4 @@
+#include "fmtio/io_error.h"
 #include "fmtio/file_table.h"
 
 #include <mutex>
@@ -89,7 +90,7 @@ void destroyFileTable() noexcept
         if (slot->inUse.load() != kSlotOpen) continue;
         const platform::NativeFile osFile = slot->osFile;
         if (commitMode() && (slot->openFlags & openflag::kWrite) != 0 &&
-            platform::flushFile(osFile) != platform::ioerror::kNone)
+            platform::flushFile(osFile) != platform::FileError::none)
             TOLLAN_LOG(ZOR_LOG_WARNING, kLogModule, "FmtIOLibCleanup",
                        "could not commit file handle %d before closing it", handle);
         platform::closeFile(osFile);
@@ -170,12 +171,12 @@ void setCommitMode(bool on) noexcept
 int32_t closeLockedFile(LockedFile &file) noexcept
 {
     if (commitMode() && (file->openFlags & openflag::kWrite) != 0) {
-        const int32_t error = platform::flushFile(file->osFile);
-        if (error != platform::ioerror::kNone) return error;
+        const int32_t error = ioErrorOf(platform::flushFile(file->osFile));
+        if (error != ioerror::kNone) return error;
     }
     const platform::NativeFile osFile = file->osFile;
     file.release();
-    return platform::closeFile(osFile);
+    return ioErrorOf(platform::closeFile(osFile));
 }
 
 }  // namespace tollan::fmtio

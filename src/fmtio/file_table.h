@@ -6,6 +6,8 @@
 #include <atomic>
 #include <cstdint>
 
+#include "fmtio/io_error.h"
+
 #include "platform/file.h"
 #include "platform/lock.h"
 #include "services/library_gate.h"
@@ -61,7 +63,7 @@ int32_t attachFile(platform::NativeFile osFile, uint32_t openFlags, const char *
 // table is gone: operations on a handle fail with I/O error 3 and opens with
 // 2 (kNotAvailable).
 services::LibraryGate &fileTableGate() noexcept;
-inline constexpr int32_t kNotAvailable = platform::ioerror::kGeneral;
+inline constexpr int32_t kNotAvailable = ioerror::kGeneral;
 
 // One operation's hold on an open file: passes the table's gate, looks the
 // handle up under the table lock, then holds the slot's lock until destroyed.

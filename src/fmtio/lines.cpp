@@ -5,12 +5,13 @@
 
 #include <tollan/fmtio.h>
 
+#include "fmtio/io_error.h"
 #include "fmtio/file_access.h"
 #include "fmtio/file_table.h"
 #include "fmtio/thread_state.h"
 
 using namespace tollan::fmtio;
-namespace ioerror = tollan::platform::ioerror;
+namespace ioerror = tollan::fmtio::ioerror;
 
 namespace {
 

@@ -4,6 +4,7 @@
 
 #include <tollan/fmtio.h>
 
+#include "fmtio/io_error.h"
 #include "fmtio/case_fold.h"
 #include "fmtio/thread_state.h"
 #include "platform/file.h"
@@ -37,9 +38,9 @@ void CopyString(char *target, uint32_t targetIndex, const char *source, uint32_t
 
 int32_t StringLength(const char *string) noexcept
 {
-    if (string == nullptr) return tollan::fmtio::failWith(tollan::platform::ioerror::kInvalidArgument);
+    if (string == nullptr) return tollan::fmtio::failWith(tollan::fmtio::ioerror::kInvalidArgument);
     const size_t length = std::strlen(string);
-    if (length > INT32_MAX) return tollan::fmtio::failWith(tollan::platform::ioerror::kStringTooLong);
+    if (length > INT32_MAX) return tollan::fmtio::failWith(tollan::fmtio::ioerror::kStringTooLong);
     return static_cast<int32_t>(length);
 }
 

@@ -32,7 +32,7 @@ bool Output::select(uint32_t location, int32_t fileFormat, const char *fileName)
         request.create = true;
         request.truncate = fileFormat == 0;
         platform::NativeFile file = platform::kNoFile;
-        if (platform::openFile(fileName, request, &file) != platform::ioerror::kNone) return false;
+        if (platform::openFile(fileName, request, &file) != platform::FileError::none) return false;
         int64_t end = 0;
         if (!request.truncate) platform::seekFile(file, 0, platform::SeekOrigin::end, &end);
         closeFile();

@@ -20,22 +20,22 @@ int descriptor(NativeFile file) noexcept
     return static_cast<int>(file);
 }
 
-int32_t lastError() noexcept
+FileError lastError() noexcept
 {
-    return ioErrorFromErrno(errno);
+    return fileErrorFromErrno(errno);
 }
 
 // The error of a read or write that failed. The system refuses a read of a
 // descriptor opened write-only, and a write of one opened read-only, with
 // EBADF, as it refuses a closed one; Windows calls the first two "access
 // denied". The descriptor's access mode, as it was opened, tells them apart.
-int32_t transferError(int fd, int neededAccess) noexcept
+FileError transferError(int fd, int neededAccess) noexcept
 {
     if (errno != EBADF) return lastError();
     const int flags = sys().fcntl(fd, F_GETFL, 0);
-    if (flags < 0) return ioerror::kBadHandle;
+    if (flags < 0) return FileError::badHandle;
     const int access = flags & O_ACCMODE;
-    return access == O_RDWR || access == neededAccess ? ioerror::kBadHandle : ioerror::kAccessDenied;
+    return access == O_RDWR || access == neededAccess ? FileError::badHandle : FileError::accessDenied;
 }
 
 int openFlags(const FileOpenRequest &request) noexcept
@@ -56,7 +56,7 @@ int openFlags(const FileOpenRequest &request) noexcept
 
 }  // namespace
 
-int32_t openFile(const char *path, const FileOpenRequest &request, NativeFile *file) noexcept
+FileError openFile(const char *path, const FileOpenRequest &request, NativeFile *file) noexcept
 {
     int fd;
     do {
@@ -67,15 +67,15 @@ int32_t openFile(const char *path, const FileOpenRequest &request, NativeFile *f
     // A directory opens read-only here; CreateFileA refuses it.
     struct stat status {};
     if (sys().fstat(fd, &status) != 0 || S_ISDIR(status.st_mode)) {
-        const int32_t error = S_ISDIR(status.st_mode) ? ioerror::kAccessDenied : lastError();
+        const FileError error = S_ISDIR(status.st_mode) ? FileError::accessDenied : lastError();
         sys().close(fd);
         return error;
     }
     *file = fd;
-    return ioerror::kNone;
+    return FileError::none;
 }
 
-int32_t readFile(NativeFile file, void *buffer, uint32_t count, uint32_t *bytesRead) noexcept
+FileError readFile(NativeFile file, void *buffer, uint32_t count, uint32_t *bytesRead) noexcept
 {
     ssize_t got;
     do {
@@ -83,10 +83,10 @@ int32_t readFile(NativeFile file, void *buffer, uint32_t count, uint32_t *bytesR
     } while (got < 0 && errno == EINTR);
     if (got < 0) return transferError(descriptor(file), O_RDONLY);
     *bytesRead = static_cast<uint32_t>(got);
-    return ioerror::kNone;
+    return FileError::none;
 }
 
-int32_t writeFile(NativeFile file, const void *buffer, uint32_t count) noexcept
+FileError writeFile(NativeFile file, const void *buffer, uint32_t count) noexcept
 {
     const char *next = static_cast<const char *>(buffer);
     uint32_t left = count;
@@ -97,14 +97,14 @@ int32_t writeFile(NativeFile file, const void *buffer, uint32_t count) noexcept
             return transferError(descriptor(file), O_WRONLY);
         }
         // A write that takes nothing and reports no error would repeat forever.
-        if (put == 0) return ioerror::kGeneral;
+        if (put == 0) return FileError::general;
         next += put;
         left -= static_cast<uint32_t>(put);
     }
-    return ioerror::kNone;
+    return FileError::none;
 }
 
-int32_t seekFile(NativeFile file, int64_t offset, SeekOrigin origin, int64_t *position) noexcept
+FileError seekFile(NativeFile file, int64_t offset, SeekOrigin origin, int64_t *position) noexcept
 {
     static_assert(sizeof(off_t) == 8, "large file support is required");
     const int whence = origin == SeekOrigin::begin     ? SEEK_SET
@@ -113,10 +113,10 @@ int32_t seekFile(NativeFile file, int64_t offset, SeekOrigin origin, int64_t *po
     const off_t result = sys().lseek(descriptor(file), static_cast<off_t>(offset), whence);
     if (result < 0) return lastError();
     *position = result;
-    return ioerror::kNone;
+    return FileError::none;
 }
 
-int32_t flushFile(NativeFile file) noexcept
+FileError flushFile(NativeFile file) noexcept
 {
     int result;
     do {
@@ -124,14 +124,14 @@ int32_t flushFile(NativeFile file) noexcept
     } while (result != 0 && errno == EINTR);
     // EINVAL and EROFS: a special file that has no synchronisation.
     if (result != 0 && errno != EINVAL && errno != EROFS) return lastError();
-    return ioerror::kNone;
+    return FileError::none;
 }
 
-int32_t closeFile(NativeFile file) noexcept
+FileError closeFile(NativeFile file) noexcept
 {
     // Linux releases the descriptor even when close reports EINTR: never retry.
     if (sys().close(descriptor(file)) != 0 && errno != EINTR) return lastError();
-    return ioerror::kNone;
+    return FileError::none;
 }
 
 bool isDiskFile(NativeFile file) noexcept
@@ -140,18 +140,18 @@ bool isDiskFile(NativeFile file) noexcept
     return sys().fstat(descriptor(file), &status) == 0 && S_ISREG(status.st_mode);
 }
 
-int32_t queryFileSize(const char *path, bool *exists, int64_t *size) noexcept
+FileError queryFileSize(const char *path, bool *exists, int64_t *size) noexcept
 {
     struct stat status {};
     if (sys().stat(path, &status) != 0) {
         if (errno != ENOENT && errno != ENOTDIR) return lastError();
         *exists = false;
         *size = 0;
-        return ioerror::kNone;
+        return FileError::none;
     }
     *exists = true;
     *size = S_ISDIR(status.st_mode) ? 0 : static_cast<int64_t>(status.st_size);
-    return ioerror::kNone;
+    return FileError::none;
 }
 
 }  // namespace tollan::platform

@@ -9,41 +9,41 @@ namespace {
 
 struct ErrnoMapping {
     int errorNumber;
-    int32_t ioError;
+    FileError error;
 };
 
 constexpr ErrnoMapping kTable[] = {
-    {ENOENT, ioerror::kFileNotFound},
-    {ENOTDIR, ioerror::kFileNotFound},
-    {EACCES, ioerror::kAccessDenied},
-    {EPERM, ioerror::kAccessDenied},
-    {EROFS, ioerror::kAccessDenied},
+    {ENOENT, FileError::notFound},
+    {ENOTDIR, FileError::notFound},
+    {EACCES, FileError::accessDenied},
+    {EPERM, FileError::accessDenied},
+    {EROFS, FileError::accessDenied},
     // CreateFileA refuses directories and busy executables with "access denied".
-    {EISDIR, ioerror::kAccessDenied},
-    {ETXTBSY, ioerror::kAccessDenied},
-    {EBUSY, ioerror::kAccessDenied},
-    {ENOSPC, ioerror::kDiskFull},
-    {EDQUOT, ioerror::kDiskFull},
-    {EFBIG, ioerror::kDiskFull},
-    {ENAMETOOLONG, ioerror::kNameTooLong},
-    {EBADF, ioerror::kBadHandle},
-    {EEXIST, ioerror::kFileExists},
-    {EINVAL, ioerror::kInvalidArgument},
-    {EOVERFLOW, ioerror::kInvalidArgument},
-    {ESPIPE, ioerror::kInvalidArgument},
-    {ENOMEM, ioerror::kNoMemory},
-    {EMFILE, ioerror::kTooManyFiles},
-    {ENFILE, ioerror::kTooManyFiles},
+    {EISDIR, FileError::accessDenied},
+    {ETXTBSY, FileError::accessDenied},
+    {EBUSY, FileError::accessDenied},
+    {ENOSPC, FileError::diskFull},
+    {EDQUOT, FileError::diskFull},
+    {EFBIG, FileError::diskFull},
+    {ENAMETOOLONG, FileError::nameTooLong},
+    {EBADF, FileError::badHandle},
+    {EEXIST, FileError::exists},
+    {EINVAL, FileError::invalidArgument},
+    {EOVERFLOW, FileError::invalidArgument},
+    {ESPIPE, FileError::invalidArgument},
+    {ENOMEM, FileError::noMemory},
+    {EMFILE, FileError::tooManyFiles},
+    {ENFILE, FileError::tooManyFiles},
 };
 
 }  // namespace
 
-int32_t ioErrorFromErrno(int errorNumber) noexcept
+FileError fileErrorFromErrno(int errorNumber) noexcept
 {
     for (const ErrnoMapping &row : kTable) {
-        if (row.errorNumber == errorNumber) return row.ioError;
+        if (row.errorNumber == errorNumber) return row.error;
     }
-    return ioerror::kGeneral;
+    return FileError::general;
 }
 
 }  // namespace tollan::platform

@@ -1,12 +1,12 @@
-// errno values as the formatting library's I/O error codes.
+// errno values as FileError.
 #pragma once
 
-#include <cstdint>
+#include "platform/file.h"
 
 namespace tollan::platform {
 
-// The I/O error code closest to what the same failure gives on Windows;
-// errno values without a closer match are a general I/O failure (2).
-int32_t ioErrorFromErrno(int errorNumber) noexcept;
+// The FileError closest to what the same failure gives on Windows; errno
+// values without a closer match are a general failure.
+FileError fileErrorFromErrno(int errorNumber) noexcept;
 
 }  // namespace tollan::platform

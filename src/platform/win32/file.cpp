@@ -13,9 +13,9 @@ HANDLE handleOf(NativeFile file) noexcept
     return reinterpret_cast<HANDLE>(file);
 }
 
-int32_t lastError() noexcept
+FileError lastError() noexcept
 {
-    return mapWin32Error(GetLastError()).ioError;
+    return static_cast<FileError>(mapWin32Error(GetLastError()).ioError);
 }
 
 // The attributes CREATE_ALWAYS must be given for an existing file: without
@@ -26,7 +26,7 @@ constexpr DWORD kKeptAttributes = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDE
 
 }  // namespace
 
-int32_t openFile(const char *path, const FileOpenRequest &request, NativeFile *file) noexcept
+FileError openFile(const char *path, const FileOpenRequest &request, NativeFile *file) noexcept
 {
     DWORD access = 0;
     if (request.read) access |= GENERIC_READ;
@@ -52,10 +52,10 @@ int32_t openFile(const char *path, const FileOpenRequest &request, NativeFile *f
                                       attributes, nullptr);
     if (handle == INVALID_HANDLE_VALUE) return lastError();
     *file = reinterpret_cast<NativeFile>(handle);
-    return ioerror::kNone;
+    return FileError::none;
 }
 
-int32_t readFile(NativeFile file, void *buffer, uint32_t count, uint32_t *bytesRead) noexcept
+FileError readFile(NativeFile file, void *buffer, uint32_t count, uint32_t *bytesRead) noexcept
 {
     DWORD got = 0;
     if (!ReadFile(handleOf(file), buffer, count, &got, nullptr)) {
@@ -63,10 +63,10 @@ int32_t readFile(NativeFile file, void *buffer, uint32_t count, uint32_t *bytesR
         got = 0;
     }
     *bytesRead = got;
-    return ioerror::kNone;
+    return FileError::none;
 }
 
-int32_t writeFile(NativeFile file, const void *buffer, uint32_t count) noexcept
+FileError writeFile(NativeFile file, const void *buffer, uint32_t count) noexcept
 {
     const char *next = static_cast<const char *>(buffer);
     uint32_t left = count;
@@ -76,10 +76,10 @@ int32_t writeFile(NativeFile file, const void *buffer, uint32_t count) noexcept
         next += put;
         left -= put;
     }
-    return ioerror::kNone;
+    return FileError::none;
 }
 
-int32_t seekFile(NativeFile file, int64_t offset, SeekOrigin origin, int64_t *position) noexcept
+FileError seekFile(NativeFile file, int64_t offset, SeekOrigin origin, int64_t *position) noexcept
 {
     const DWORD method = origin == SeekOrigin::begin     ? FILE_BEGIN
                          : origin == SeekOrigin::current ? FILE_CURRENT
@@ -89,19 +89,19 @@ int32_t seekFile(NativeFile file, int64_t offset, SeekOrigin origin, int64_t *po
     LARGE_INTEGER result;
     if (!SetFilePointerEx(handleOf(file), distance, &result, method)) return lastError();
     *position = result.QuadPart;
-    return ioerror::kNone;
+    return FileError::none;
 }
 
-int32_t flushFile(NativeFile file) noexcept
+FileError flushFile(NativeFile file) noexcept
 {
     if (!FlushFileBuffers(handleOf(file))) return lastError();
-    return ioerror::kNone;
+    return FileError::none;
 }
 
-int32_t closeFile(NativeFile file) noexcept
+FileError closeFile(NativeFile file) noexcept
 {
     if (!CloseHandle(handleOf(file))) return lastError();
-    return ioerror::kNone;
+    return FileError::none;
 }
 
 bool isDiskFile(NativeFile file) noexcept
@@ -109,16 +109,16 @@ bool isDiskFile(NativeFile file) noexcept
     return GetFileType(handleOf(file)) == FILE_TYPE_DISK;
 }
 
-int32_t queryFileSize(const char *path, bool *exists, int64_t *size) noexcept
+FileError queryFileSize(const char *path, bool *exists, int64_t *size) noexcept
 {
     WIN32_FILE_ATTRIBUTE_DATA data;
     if (!GetFileAttributesExA(path, GetFileExInfoStandard, &data)) {
         const DWORD error = GetLastError();
         if (error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND)
-            return mapWin32Error(error).ioError;
+            return static_cast<FileError>(mapWin32Error(error).ioError);
         *exists = false;
         *size = 0;
-        return ioerror::kNone;
+        return FileError::none;
     }
     *exists = true;
     if ((data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
@@ -126,7 +126,7 @@ int32_t queryFileSize(const char *path, bool *exists, int64_t *size) noexcept
     } else {
         *size = static_cast<int64_t>((static_cast<uint64_t>(data.nFileSizeHigh) << 32) | data.nFileSizeLow);
     }
-    return ioerror::kNone;
+    return FileError::none;
 }
 
 }  // namespace tollan::platform

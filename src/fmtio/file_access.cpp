@@ -6,12 +6,14 @@
 #include <memory>
 #include <new>
 
-#include "fmtio/text_mode.h"
+#include "services/line_ends.h"
 
 namespace tollan::fmtio {
 namespace {
 
 using ioerror::kNone;
+using services::dropCarriageReturns;
+using services::expandLineFeeds;
 
 bool isText(const FileSlot &file) noexcept
 {

@@ -4,6 +4,7 @@
 // C library's errno); both builds give the same FileError for the same call.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace tollan::platform {
@@ -28,6 +29,10 @@ enum class FileError : int32_t {
 using NativeFile = intptr_t;
 inline constexpr NativeFile kNoFile = -1;
 
+// What other openers may do with a file while it is open. POSIX knows no
+// such exclusion: there every file is shared for reading and writing.
+enum class FileSharing { readWrite = 0, write = 1, read = 2, none = 3 };
+
 struct FileOpenRequest {
     bool read = false;
     bool write = false;
@@ -35,6 +40,18 @@ struct FileOpenRequest {
     bool truncate = false;
     // Make the file when it does not exist; without it a missing file fails.
     bool create = false;
+    // With create: fail (FileError::exists) when the file exists already.
+    bool exclusive = false;
+    FileSharing sharing = FileSharing::readWrite;
+    // A file this open creates gets the read-only attribute (POSIX: no write
+    // permission bits); an existing file keeps its attributes.
+    bool readOnlyWhenCreated = false;
+    // The file goes when it is closed (FILE_FLAG_DELETE_ON_CLOSE). POSIX
+    // removes its name at once instead, so the open handle is its last trace.
+    bool deleteOnClose = false;
+    // Access-pattern hints for the system's read-ahead.
+    bool sequential = false;
+    bool randomAccess = false;
 };
 
 enum class SeekOrigin { begin = 0, current = 1, end = 2 };
@@ -65,6 +82,19 @@ FileError closeFile(NativeFile file) noexcept;
 // True for a file on a disk (GetFileType's FILE_TYPE_DISK; a regular file on
 // POSIX): only such files are positioned at their end before appending.
 bool isDiskFile(NativeFile file) noexcept;
+
+// The process's standard input (0), output (1) or error (2) handle;
+// kNoFile when the process has none (a GUI program, a closed descriptor).
+NativeFile standardFile(int which) noexcept;
+
+FileError removeFile(const char *path) noexcept;
+// Renames (moves) a file; an existing target is not replaced (exists).
+FileError renameFile(const char *from, const char *to) noexcept;
+
+// The system's folder for temporary files with its trailing separator
+// (GetTempPathA; $TMPDIR or /tmp/ elsewhere), terminated; its length, or 0
+// when it does not fit size bytes.
+size_t temporaryDirectory(char *buffer, size_t size) noexcept;
 
 // Asks the file system about path. A path that names nothing succeeds with
 // *exists false and *size 0; a directory exists with size 0.

@@ -2,14 +2,14 @@
 #include <string>
 
 #include "fmtio/file_table.h"
-#include "fmtio/text_mode.h"
+#include "services/line_ends.h"
 #include "temp_dir.h"
 
 namespace {
 
 std::string dropped(std::string text)
 {
-    text.resize(tollan::fmtio::dropCarriageReturns(text.data(), text.size()));
+    text.resize(tollan::services::dropCarriageReturns(text.data(), text.size()));
     return text;
 }
 
@@ -49,10 +49,10 @@ TEST(FmtioTextTranslation, DropsOnlyCarriageReturnsBeforeLineFeedsAndExpandsWhol
     // Expanding LFs never splits a CR LF pair across the target's end.
     char target[4];
     size_t consumed = 0;
-    EXPECT_EQ(tollan::fmtio::expandLineFeeds("ab\nc", 4, target, 4, &consumed), 4u);
+    EXPECT_EQ(tollan::services::expandLineFeeds("ab\nc", 4, target, 4, &consumed), 4u);
     EXPECT_EQ(std::string(target, 4), "ab\r\n");
     EXPECT_EQ(consumed, 3u);
-    EXPECT_EQ(tollan::fmtio::expandLineFeeds("abc\n", 4, target, 4, &consumed), 3u);
+    EXPECT_EQ(tollan::services::expandLineFeeds("abc\n", 4, target, 4, &consumed), 3u);
     EXPECT_EQ(consumed, 3u);
 }
 

@@ -4,6 +4,8 @@
 
 #include <cerrno>
 #include <climits>
+#include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -48,10 +50,19 @@ int openFlags(const FileOpenRequest &request) noexcept
     else
         flags |= O_RDONLY;
     // CREATE_ALWAYS, CREATE_NEW, OPEN_ALWAYS, TRUNCATE_EXISTING and
-    // OPEN_EXISTING come down to these two bits here.
+    // OPEN_EXISTING come down to these three bits here.
     if (request.create) flags |= O_CREAT;
+    if (request.create && request.exclusive) flags |= O_EXCL;
     if (request.truncate) flags |= O_TRUNC;
     return flags;
+}
+
+// Sharing has no equivalent: POSIX locks are advisory, and every opener here
+// may read and write as if the file were opened for shared access.
+void applyHints(int fd, const FileOpenRequest &request) noexcept
+{
+    if (request.sequential) posix_fadvise(fd, 0, 0, POSIX_FADV_SEQUENTIAL);
+    if (request.randomAccess) posix_fadvise(fd, 0, 0, POSIX_FADV_RANDOM);
 }
 
 }  // namespace
@@ -60,7 +71,7 @@ FileError openFile(const char *path, const FileOpenRequest &request, NativeFile 
 {
     int fd;
     do {
-        fd = sys().open(path, openFlags(request), 0666);
+        fd = sys().open(path, openFlags(request), request.readOnlyWhenCreated ? 0444 : 0666);
     } while (fd < 0 && errno == EINTR);
     if (fd < 0) return lastError();
 
@@ -71,6 +82,8 @@ FileError openFile(const char *path, const FileOpenRequest &request, NativeFile 
         sys().close(fd);
         return error;
     }
+    applyHints(fd, request);
+    if (request.deleteOnClose) sys().unlink(path);
     *file = fd;
     return FileError::none;
 }
@@ -132,6 +145,41 @@ FileError closeFile(NativeFile file) noexcept
     // Linux releases the descriptor even when close reports EINTR: never retry.
     if (sys().close(descriptor(file)) != 0 && errno != EINTR) return lastError();
     return FileError::none;
+}
+
+NativeFile standardFile(int which) noexcept
+{
+    if (which < 0 || which > 2 || sys().fcntl(which, F_GETFD, 0) < 0) return kNoFile;
+    return which;
+}
+
+FileError removeFile(const char *path) noexcept
+{
+    struct stat status {};
+    // unlink(2) would say EISDIR (or EPERM); DeleteFileA says access denied.
+    if (sys().stat(path, &status) == 0 && S_ISDIR(status.st_mode)) return FileError::accessDenied;
+    if (sys().unlink(path) != 0) return lastError();
+    return FileError::none;
+}
+
+FileError renameFile(const char *from, const char *to) noexcept
+{
+    if (sys().renameNoReplace(from, to) != 0) return lastError();
+    return FileError::none;
+}
+
+size_t temporaryDirectory(char *buffer, size_t size) noexcept
+{
+    const char *folder = std::getenv("TMPDIR");
+    if (folder == nullptr || folder[0] != '/') folder = "/tmp";
+    size_t length = std::strlen(folder);
+    while (length > 1 && folder[length - 1] == '/') --length;
+    const bool addSeparator = folder[length - 1] != '/';
+    if (length + (addSeparator ? 2 : 1) > size) return 0;
+    std::memcpy(buffer, folder, length);
+    if (addSeparator) buffer[length++] = '/';
+    buffer[length] = '\0';
+    return length;
 }
 
 bool isDiskFile(NativeFile file) noexcept

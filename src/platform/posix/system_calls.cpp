@@ -1,5 +1,7 @@
 #include "platform/posix/system_calls.h"
 
+#include <cerrno>
+#include <cstdio>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
@@ -24,6 +26,20 @@ int ioctlWithPointer(int fd, unsigned long request, void *argument)
     return ::ioctl(fd, request, argument);
 }
 
+// renameat2's RENAME_NOREPLACE where the file system has it; elsewhere a
+// check for the target first, which a racing creator can slip past.
+int renameNoReplace(const char *from, const char *to)
+{
+    if (::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return 0;
+    if (errno != EINVAL && errno != ENOSYS) return -1;
+    struct stat status {};
+    if (::lstat(to, &status) == 0) {
+        errno = EEXIST;
+        return -1;
+    }
+    return ::rename(from, to);
+}
+
 constexpr SystemCalls kReal = {
     .open = openWithMode,
     .close = ::close,
@@ -42,6 +58,8 @@ constexpr SystemCalls kReal = {
     .tcflush = ::tcflush,
     .tcflow = ::tcflow,
     .flock = ::flock,
+    .unlink = ::unlink,
+    .renameNoReplace = renameNoReplace,
 };
 
 }  // namespace

@@ -41,6 +41,9 @@ struct SystemCalls {
     int (*tcflush)(int fd, int queue);
     int (*tcflow)(int fd, int action);
     int (*flock)(int fd, int operation);
+    int (*unlink)(const char *path);
+    // rename(2) that refuses (EEXIST) to replace an existing target.
+    int (*renameNoReplace)(const char *from, const char *to);
 };
 
 // The table of the system's own calls.

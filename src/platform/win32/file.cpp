@@ -33,9 +33,11 @@ FileError openFile(const char *path, const FileOpenRequest &request, NativeFile 
     if (request.write) access |= GENERIC_WRITE;
 
     DWORD disposition;
-    DWORD attributes = FILE_ATTRIBUTE_NORMAL;
+    DWORD attributes = request.readOnlyWhenCreated ? FILE_ATTRIBUTE_READONLY : FILE_ATTRIBUTE_NORMAL;
     if (!request.create) {
         disposition = request.truncate ? TRUNCATE_EXISTING : OPEN_EXISTING;
+    } else if (request.exclusive) {
+        disposition = CREATE_NEW;
     } else if (!request.truncate) {
         disposition = OPEN_ALWAYS;
     } else {
@@ -44,12 +46,17 @@ FileError openFile(const char *path, const FileOpenRequest &request, NativeFile 
             disposition = CREATE_NEW;
         } else {
             disposition = CREATE_ALWAYS;
-            if ((existing & kKeptAttributes) != 0) attributes = existing & kKeptAttributes;
+            attributes =
+                (existing & kKeptAttributes) != 0 ? existing & kKeptAttributes : FILE_ATTRIBUTE_NORMAL;
         }
     }
+    if (request.deleteOnClose) attributes |= FILE_FLAG_DELETE_ON_CLOSE;
+    if (request.sequential) attributes |= FILE_FLAG_SEQUENTIAL_SCAN;
+    if (request.randomAccess) attributes |= FILE_FLAG_RANDOM_ACCESS;
 
-    const HANDLE handle = CreateFileA(path, access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition,
-                                      attributes, nullptr);
+    constexpr DWORD kSharing[] = {FILE_SHARE_READ | FILE_SHARE_WRITE, FILE_SHARE_WRITE, FILE_SHARE_READ, 0};
+    const HANDLE handle = CreateFileA(path, access, kSharing[static_cast<int>(request.sharing)], nullptr,
+                                      disposition, attributes, nullptr);
     if (handle == INVALID_HANDLE_VALUE) return lastError();
     *file = reinterpret_cast<NativeFile>(handle);
     return FileError::none;
@@ -102,6 +109,33 @@ FileError closeFile(NativeFile file) noexcept
 {
     if (!CloseHandle(handleOf(file))) return lastError();
     return FileError::none;
+}
+
+NativeFile standardFile(int which) noexcept
+{
+    constexpr DWORD kHandles[] = {STD_INPUT_HANDLE, STD_OUTPUT_HANDLE, STD_ERROR_HANDLE};
+    if (which < 0 || which > 2) return kNoFile;
+    const HANDLE handle = GetStdHandle(kHandles[which]);
+    if (handle == nullptr || handle == INVALID_HANDLE_VALUE) return kNoFile;
+    return reinterpret_cast<NativeFile>(handle);
+}
+
+FileError removeFile(const char *path) noexcept
+{
+    if (!DeleteFileA(path)) return lastError();
+    return FileError::none;
+}
+
+FileError renameFile(const char *from, const char *to) noexcept
+{
+    if (!MoveFileA(from, to)) return lastError();
+    return FileError::none;
+}
+
+size_t temporaryDirectory(char *buffer, size_t size) noexcept
+{
+    const DWORD length = GetTempPathA(static_cast<DWORD>(size), buffer);
+    return length == 0 || length >= size ? 0 : length;
 }
 
 bool isDiskFile(NativeFile file) noexcept

@@ -1,9 +1,9 @@
-#include "fmtio/text_mode.h"
+#include "services/line_ends.h"
 
 #include <algorithm>
 #include <cstring>
 
-namespace tollan::fmtio {
+namespace tollan::services {
 
 size_t dropCarriageReturns(char *data, size_t length) noexcept
 {
@@ -52,4 +52,4 @@ size_t expandLineFeeds(const char *source, size_t length, char *target, size_t c
     return out;
 }
 
-}  // namespace tollan::fmtio
+}  // namespace tollan::services

@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-namespace tollan::fmtio {
+namespace tollan::services {
 
 // Removes, in place, every CR of data[0, length) that is directly followed
 // by LF within the range; a CR in the last place stays. Returns the new length.
@@ -15,4 +15,4 @@ size_t dropCarriageReturns(char *data, size_t length) noexcept;
 size_t expandLineFeeds(const char *source, size_t length, char *target, size_t capacity,
                        size_t *consumed) noexcept;
 
-}  // namespace tollan::fmtio
+}  // namespace tollan::services

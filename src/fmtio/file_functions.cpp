@@ -7,7 +7,7 @@
 #include "fmtio/io_error.h"
 #include "fmtio/file_access.h"
 #include "fmtio/file_table.h"
-#include "fmtio/path_check.h"
+#include "services/path_check.h"
 #include "fmtio/thread_state.h"
 
 using namespace tollan::fmtio;
@@ -59,7 +59,8 @@ bool validCount(int64_t count) noexcept
 
 int32_t ZOR_OpenFile(const char *path, int32_t action, int32_t mode, int32_t type) noexcept
 {
-    if (const int32_t error = checkPath(path); error != ioerror::kNone) return failWith(error);
+    if (const int32_t error = ioErrorOf(tollan::services::checkPath(path)); error != ioerror::kNone)
+        return failWith(error);
     uint32_t flags = 0;
     if (!openFlagsFor(action, mode, type, &flags)) return failWith(ioerror::kInvalidArgument);
     tollan::services::GatePass pass(fileTableGate());
@@ -143,7 +144,8 @@ int64_t SetFilePtr(int32_t handle, int64_t offset, int32_t origin) noexcept
 
 int32_t GetFileInfo(const char *path, int64_t *size) noexcept
 {
-    if (const int32_t error = checkPath(path); error != ioerror::kNone) return failWith(error);
+    if (const int32_t error = ioErrorOf(tollan::services::checkPath(path)); error != ioerror::kNone)
+        return failWith(error);
     bool exists = false;
     int64_t fileSize = 0;
     if (const int32_t error = ioErrorOf(tollan::platform::queryFileSize(path, &exists, &fileSize));

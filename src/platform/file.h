@@ -87,6 +87,11 @@ bool isDiskFile(NativeFile file) noexcept;
 // kNoFile when the process has none (a GUI program, a closed descriptor).
 NativeFile standardFile(int which) noexcept;
 
+// Whether text written to or read from the standard handles has CR LF line
+// ends: Windows consoles and pipes do; POSIX terminals and pipes end lines
+// with LF alone, so the C library's text mode leaves them untouched there.
+bool standardFilesUseCrLf() noexcept;
+
 FileError removeFile(const char *path) noexcept;
 // Renames (moves) a file; an existing target is not replaced (exists).
 FileError renameFile(const char *from, const char *to) noexcept;

@@ -153,6 +153,11 @@ NativeFile standardFile(int which) noexcept
     return which;
 }
 
+bool standardFilesUseCrLf() noexcept
+{
+    return false;
+}
+
 FileError removeFile(const char *path) noexcept
 {
     struct stat status {};

@@ -120,6 +120,11 @@ NativeFile standardFile(int which) noexcept
     return reinterpret_cast<NativeFile>(handle);
 }
 
+bool standardFilesUseCrLf() noexcept
+{
+    return true;
+}
+
 FileError removeFile(const char *path) noexcept
 {
     if (!DeleteFileA(path)) return lastError();

@@ -15,6 +15,7 @@
 #include "debugger/thread_env.h"
 #include "platform/debugger.h"
 #include "platform/dynamic_library.h"
+#include "platform/standard_io_pipe.h"
 #include "platform/thread.h"
 #include "services/lifecycle.h"
 #include "services/registry.h"
@@ -209,6 +210,9 @@ bool CdbInitialize() noexcept
         char pipeName[160];
         localObjectName(pipeName, sizeof pipeName, kDebugOutputPipe);
         platform::openDebugOutputPipe(pipeName);
+        // The debugger that made the block reads the program's standard
+        // output and error too; the pipe opens at the first write.
+        platform::setStandardIoPipe(true);
     }
     installHooks();
     if (sharedView.load() != nullptr) onConnected();
@@ -240,6 +244,10 @@ void closeDebuggerSide() noexcept
     }
     disconnectChannel();
     platform::closeDebugOutputPipe();
+    // The libraries' own clean-ups ran before this step. What is written
+    // from here on goes to its descriptor only: no write opens the pipe again.
+    platform::setStandardIoPipe(false);
+    platform::closeStandardIoPipe();
 }
 
 unsigned char *sharedInfoBlock() noexcept

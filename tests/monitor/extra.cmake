@@ -7,6 +7,11 @@ if(TARGET test_monitor)
   add_dependencies(test_monitor tollan-monitor)
   tollan_probe(monitor monitor_probe)
   target_link_libraries(monitor_probe PRIVATE tollan)
+  # The standard I/O probe calls the pipe's writer, which the shared library
+  # does not export: it links the library's objects and entry instead.
+  tollan_probe(monitor standard_io_probe)
+  target_sources(standard_io_probe PRIVATE ${TOLLAN_ENTRY_SOURCE})
+  target_link_libraries(standard_io_probe PRIVATE tollan_core)
   # Resource tracking's exported functions are needed by this probe and its test.
   if(TOLLAN_MONITOR_RESOURCE_PROBE)
     tollan_probe(monitor resource_probe)

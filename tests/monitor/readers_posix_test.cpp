@@ -1,7 +1,8 @@
-// The monitor's readers on their own: event texts, the record stream, and
-// the walks through a program's memory (here the test's own memory, which
-// process_vm_readv reads as well as another process's), fed with records
-// that are broken in the ways a dying or corrupted program leaves them.
+// The monitor's readers on their own: event texts, the record stream, the
+// report lines of a program's output, and the walks through a program's
+// memory (here the test's own memory, which process_vm_readv reads as well
+// as another process's), fed with records that are broken in the ways a
+// dying or corrupted program leaves them.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -15,6 +16,7 @@
 #include "debugger/resource_entry.h"
 #include "debugger/runtime_record.h"
 #include "event_text.h"
+#include "output_lines.h"
 #include "record_stream.h"
 #include "resource_tally.h"
 
@@ -77,6 +79,23 @@ TEST(MonitorRecordStream, ReassemblesRecordsAndRefusesAHugeOne)
     stream.append("B\xff\xff\xff\x7f", 5);
     EXPECT_FALSE(stream.next(&record));
     EXPECT_TRUE(stream.broken());
+}
+
+TEST(MonitorOutputLines, MakeOneLinePerLineAndShowControlCharactersEscaped)
+{
+    const struct {
+        std::string bytes;
+        std::vector<std::string> lines;
+    } kCases[] = {
+        {"out1\n", {"stdout: out1"}},
+        {"no newline", {"stdout: no newline"}},
+        {"two\nlines\n", {"stdout: two", "stdout: lines"}},
+        {"\n", {"stdout: "}},
+        {"empty line after\n\n", {"stdout: empty line after", "stdout: "}},
+        {std::string("nul\0del\x7f\ttab cr\r\n", 17), {"stdout: nul\\x00del\\x7F\ttab cr\\x0D"}},
+        {"caf\xc3\xa9 \xff", {"stdout: caf\xc3\xa9 \xff"}},
+    };
+    for (const auto &test : kCases) EXPECT_EQ(outputLines("stdout", test.bytes), test.lines) << test.bytes;
 }
 
 // An entry with room for two frames, as the library lays one out.

@@ -9,13 +9,13 @@
 #include <cstring>
 
 #include "platform/posix/monitor_channel.h"
+#include "platform/standard_io_pipe.h"
 
 namespace tollan::monitor {
 namespace {
 
 constexpr char kSharedInfo[] = "Vantrel - ZOR DBG Shared Info";
 constexpr char kDebugOutputPipe[] = "\\\\.\\pipe\\Vantrel - ZOR Pipe for Debugging Output";
-constexpr char kStandardIOPipe[] = "\\\\.\\pipe\\Vantrel - ZOR Standard IO Pipe ";
 
 }  // namespace
 
@@ -76,8 +76,9 @@ bool makeLinkObjects(pid_t pid, LinkObjects *objects, std::string *error)
     made.debugOutput = ListeningSocket::open(
         platform::posix::pipeSocketPath(linkObjectName(kDebugOutputPipe, pid).c_str()), error);
     if (made.debugOutput == nullptr) return false;
-    made.standardIO = ListeningSocket::open(
-        platform::posix::pipeSocketPath(linkObjectName(kStandardIOPipe, pid).c_str()), error);
+    char standardIOPipe[platform::kStandardIoPipeNameSize];
+    platform::standardIoPipeName(static_cast<uint32_t>(pid), standardIOPipe);
+    made.standardIO = ListeningSocket::open(platform::posix::pipeSocketPath(standardIOPipe), error);
     if (made.standardIO == nullptr) return false;
     *objects = std::move(made);
     return true;

@@ -1,7 +1,7 @@
 // Where the monitor's own lines go: standard error, or the file that --log
 // names. Every line begins "tollan-monitor: " so that it stands apart from
 // the program's own output, which shares the terminal. Standard output is
-// left to the program and to what arrives on its standard I/O pipe.
+// left to the program.
 #pragma once
 
 #include <cstdio>

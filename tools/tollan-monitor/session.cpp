@@ -10,12 +10,12 @@
 #include <cstring>
 #include <memory>
 #include <optional>
-#include <string_view>
 
 #include <tollan/debugger.h>
 
 #include "break_report.h"
 #include "event_text.h"
+#include "output_lines.h"
 #include "platform/event.h"
 #include "platform/posix/monitor_channel.h"
 #include "resource_tally.h"
@@ -27,6 +27,12 @@ namespace channel = platform::posix;
 
 // The poll period when the system gives no descriptor for the program's end.
 constexpr int kExitCheckMs = 100;
+// Reads of each standard I/O connection in one round of the loop: enough to
+// empty what a program wrote between two event texts, few enough that a
+// program writing without pause does not keep its other threads' event
+// texts and breaks waiting.
+constexpr int kStandardIOReadsPerRound = 16;
+constexpr int kUntilEmpty = -1;
 
 void answer(int fd, char kind) noexcept
 {
@@ -35,17 +41,6 @@ void answer(int fd, char kind) noexcept
     do {
         put = send(fd, &kind, 1, MSG_NOSIGNAL);
     } while (put < 0 && errno == EINTR);
-}
-
-void writeAll(int fd, const char *bytes, size_t count) noexcept
-{
-    while (count > 0) {
-        const ssize_t put = write(fd, bytes, count);
-        if (put < 0 && errno == EINTR) continue;
-        if (put <= 0) return;  // our own standard output is gone
-        bytes += put;
-        count -= static_cast<size_t>(put);
-    }
 }
 
 }  // namespace
@@ -82,13 +77,19 @@ int Session::run()
             return status.value_or(0);
         }
         if (ready > 0) {
+            // Standard output and error first: what the program wrote before
+            // it sent an event text is there by the time the text is, so the
+            // report keeps the two in the order the program made them. They
+            // are read whatever poll said of them, which it may have looked
+            // at before the program wrote.
+            acceptAll(polled[1].fd, true);
+            serveStandardIO(kStandardIOReadsPerRound);
             if (polled[0].revents != 0) acceptAll(polled[0].fd, false);
-            if (polled[1].revents != 0) acceptAll(polled[1].fd, true);
             if (polled[3].revents != 0) readTerminal();
             // The connections polled are the first ones of the list; those
             // accepted just now come after them.
             for (size_t i = 4; i < polled.size(); ++i)
-                if (polled[i].revents != 0) serve(connections_[i - 4]);
+                if (polled[i].revents != 0 && !connections_[i - 4].standardIO) serve(connections_[i - 4]);
             std::erase_if(connections_, [](const Connection &connection) { return connection.fd < 0; });
         }
         if (child_.exitFd() < 0 || polled[2].revents != 0) {
@@ -97,6 +98,15 @@ int Session::run()
                 return *status;
             }
         }
+    }
+}
+
+void Session::serveStandardIO(int readsAtMost)
+{
+    for (Connection &connection : connections_) {
+        if (!connection.standardIO) continue;
+        for (int reads = 0; reads != readsAtMost && connection.fd >= 0; ++reads)
+            if (serve(connection) != ReadOutcome::data) break;
     }
 }
 
@@ -125,10 +135,6 @@ Session::ReadOutcome Session::serve(Connection &connection)
         closeConnection(connection);
         return ReadOutcome::closed;
     }
-    if (connection.standardIO) {
-        writeAll(STDOUT_FILENO, bytes, static_cast<size_t>(got));
-        return ReadOutcome::data;
-    }
     connection.records.append(bytes, static_cast<size_t>(got));
     Record record;
     while (connection.fd >= 0 && connection.records.next(&record)) handleRecord(connection, record);
@@ -142,23 +148,30 @@ Session::ReadOutcome Session::serve(Connection &connection)
 
 void Session::handleRecord(Connection &connection, const Record &record)
 {
+    // Each connection carries the records of its own pipe only.
+    const bool standardIO =
+        record.kind == channel::kRecordStandardOutput || record.kind == channel::kRecordStandardError;
+    if (standardIO != connection.standardIO) {
+        report_.line("a record of kind 0x%02x on the %s pipe: the connection is dropped",
+                     static_cast<unsigned char>(record.kind),
+                     connection.standardIO ? "standard I/O" : "debug-output");
+        closeConnection(connection);
+        return;
+    }
     switch (record.kind) {
         case channel::kRecordText:
             handleText(record.payload);
             answer(connection.fd, channel::kAnswerTaken);
             break;
-        case channel::kRecordOutput: {
-            // One report line per line of output.
-            std::string_view text = record.payload;
-            if (!text.empty() && text.back() == '\n') text.remove_suffix(1);
-            for (;;) {
-                const size_t end = text.find('\n');
-                report_.line("debug output: " + std::string(text.substr(0, end)));
-                if (end == std::string_view::npos) break;
-                text.remove_prefix(end + 1);
-            }
+        case channel::kRecordOutput:
+            for (const std::string &line : outputLines("debug output", record.payload)) report_.line(line);
             break;
-        }
+        case channel::kRecordStandardOutput:
+        case channel::kRecordStandardError:
+            for (const std::string &line : outputLines(
+                     record.kind == channel::kRecordStandardOutput ? "stdout" : "stderr", record.payload))
+                report_.line(line);
+            break;
         case channel::kRecordBreak:
             handleBreak(connection, record);
             break;
@@ -244,8 +257,9 @@ void Session::closeConnection(Connection &connection)
 
 void Session::drain()
 {
-    acceptAll(objects_.debugOutput->fd(), false);
     acceptAll(objects_.standardIO->fd(), true);
+    serveStandardIO(kUntilEmpty);
+    acceptAll(objects_.debugOutput->fd(), false);
     for (Connection &connection : connections_)
         while (connection.fd >= 0 && serve(connection) == ReadOutcome::data) {
         }

@@ -13,8 +13,12 @@
 //       when Enter is pressed. After a break of reason 35 (the program
 //       disconnects) the monitor sets the program's "Debugger Disconnected"
 //       event, which the program waits on.
-// Standard I/O connections are copied to the monitor's standard output as
-// they come.
+// Standard I/O connections carry records too, one per write of the program:
+//   '1' standard output, '2' standard error: shown as they come, one report
+//       line per line ("stdout: ...", "stderr: ..."), so the two streams stay
+//       apart and in the order the program wrote them. They are read before
+//       the debug-output connections in each round, so that they come
+//       before the event texts the program sent after them.
 #pragma once
 
 #include <cstdint>
@@ -54,6 +58,9 @@ private:
     };
     enum class ReadOutcome { data, nothingYet, closed };
 
+    // Reads each standard I/O connection until it has nothing more, or
+    // readsAtMost times (-1: no limit).
+    void serveStandardIO(int readsAtMost);
     void acceptAll(int listener, bool standardIO);
     ReadOutcome serve(Connection &connection);
     void handleRecord(Connection &connection, const Record &record);

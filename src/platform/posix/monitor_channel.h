@@ -1,7 +1,9 @@
 // The channel between a program and tollan-monitor on POSIX: the Windows
 // debugger's facilities, carried over a Unix-domain stream socket named after
 // the debug-output pipe. The monitor listens; the program connects once for
-// its debug output and event texts, and once more for each break.
+// its debug output and event texts, and once more for each break. The
+// standard I/O pipe is a socket of its own that carries records of the same
+// format (platform/standard_io_pipe.h).
 //
 // A record is one kind byte, a 32-bit length (little-endian) and that many
 // bytes of payload:
@@ -10,6 +12,9 @@
 //   'P'  debug output written to the debug-output pipe; no answer.
 //   'B'  a break, on a connection of its own: BreakRecord; the monitor
 //        answers 'r' when it resumes the thread.
+//   '1'  on the standard I/O pipe: the bytes of one write to standard
+//        output; no answer.
+//   '2'  likewise for standard error.
 #pragma once
 
 #include <cstddef>
@@ -21,6 +26,8 @@ namespace tollan::platform::posix {
 inline constexpr char kRecordText = 'O';
 inline constexpr char kRecordOutput = 'P';
 inline constexpr char kRecordBreak = 'B';
+inline constexpr char kRecordStandardOutput = '1';
+inline constexpr char kRecordStandardError = '2';
 inline constexpr char kAnswerTaken = 'k';
 inline constexpr char kAnswerResume = 'r';
 

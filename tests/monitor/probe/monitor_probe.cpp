@@ -1,13 +1,8 @@
 // A program linked with the library, run under tollan-monitor by the
 // monitor's tests. argv[1] picks what it does; it prints its results on
 // standard output for the test to check.
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
-
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <string>
 
 #include <tollan/debugger.h>
@@ -29,22 +24,6 @@ int breakInAFunction()
     const int result = __ZOR_Debug_Break();
     __DBG_LeaveFunctionInCurrentThreadEnv(record, &frame);
     return result;
-}
-
-// Writes `text` to the monitor's standard I/O pipe, whose socket path is
-// `prefix` followed by this process's id in hex.
-int writeStandardIO(const char *prefix, const char *text, size_t length)
-{
-    char path[sizeof(sockaddr_un::sun_path)];
-    std::snprintf(path, sizeof path, "%s%x", prefix, static_cast<unsigned>(getpid()));
-    const int fd = socket(AF_UNIX, SOCK_STREAM, 0);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::strcpy(address.sun_path, path);
-    if (fd < 0 || connect(fd, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) return 1;
-    const bool written = write(fd, text, length) == static_cast<ssize_t>(length);
-    close(fd);
-    return written ? 0 : 1;
 }
 
 }  // namespace
@@ -77,10 +56,6 @@ int main(int argc, char **argv)
         WriteZORLogMessage(ZOR_LOG_FATAL, 0, 0, __FILE__, __func__, __LINE__, "probe ends with %d", 3);
         std::fflush(stdout);
         std::exit(3);
-    }
-    if (mode == "stdio" && argc > 2) {
-        static const char text[] = "through the pipe\n\0binary\xff";
-        return writeStandardIO(argv[2], text, sizeof text - 1);
     }
     std::fprintf(stderr, "monitor_probe: unknown mode '%s'\n", mode.c_str());
     return 2;

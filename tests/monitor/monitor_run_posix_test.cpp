@@ -196,6 +196,7 @@ TEST(MonitorRun, ShowsWhatTheProgramWritesToItsStandardIOPipeLiveInOrderAndByStr
         at = run.err.find(std::string("tollan-monitor: ") + line, at);
         EXPECT_NE(at, std::string::npos) << line << " in order in\n" << run.err;
     }
+    EXPECT_HAS(run.err, "tollan-monitor: stdout: " + std::string(5000, 'L') + "\n");  // not cut short
     expectNothingLeftBehind(run);
 }
 

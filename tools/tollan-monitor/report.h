@@ -13,11 +13,14 @@ class Report {
 public:
     // stream: where the lines go; the Report does not close it.
     explicit Report(FILE *stream) noexcept : stream_(stream) {}
-    // One line, formatted with printf rules, written and flushed at once.
+    // One line, formatted with printf rules (at most 4095 bytes of it),
+    // written and flushed at once.
     void line(const char *format, ...) noexcept __attribute__((format(printf, 2, 3)));
-    void line(const std::string &text) noexcept { line("%s", text.c_str()); }
+    // One line of any length (a line of the program's output may be long).
+    void line(const std::string &text) noexcept;
 
 private:
+    void put(const char *text) noexcept;
     FILE *stream_;
 };
 

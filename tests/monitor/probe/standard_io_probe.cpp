@@ -5,6 +5,7 @@
 // output whether the library switched the pipe on at start-up.
 #include <cstdio>
 #include <cstring>
+#include <string>
 
 #include "platform/standard_io_pipe.h"
 
@@ -18,5 +19,7 @@ int main()
     } kWrites[] = {{1, "out1\n"}, {2, "err1\n"}, {1, "out2\n"}, {2, "two\nlines\n"}, {1, "tab\tand\x01"}};
     for (const auto &write : kWrites)
         tollan::platform::writeStandardIoPipe(write.descriptor, write.text, std::strlen(write.text));
+    const std::string longLine = std::string(5000, 'L') + "\n";
+    tollan::platform::writeStandardIoPipe(1, longLine.data(), longLine.size());
     return 0;
 }

@@ -29,6 +29,10 @@ uint32_t currentThreadId() noexcept;
 // The calling thread's priority in the Windows scale.
 int currentThreadPriority() noexcept;
 uint32_t currentProcessId() noexcept;
+// True while the process has never had a second thread, so that nothing can
+// run beside the caller (glibc's __libc_single_threaded). Once false it stays
+// false. Windows gives no such promise: always false there.
+bool processHasOnlyOneThread() noexcept;
 // Gives up the processor for at least ms milliseconds.
 void sleepMs(uint32_t ms) noexcept;
 

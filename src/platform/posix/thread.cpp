@@ -5,6 +5,7 @@
 
 #include <pthread.h>
 #include <sys/resource.h>
+#include <sys/single_threaded.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -160,6 +161,11 @@ int currentThreadPriority() noexcept
 uint32_t currentProcessId() noexcept
 {
     return static_cast<uint32_t>(getpid());
+}
+
+bool processHasOnlyOneThread() noexcept
+{
+    return __libc_single_threaded != 0;
 }
 
 void sleepMs(uint32_t ms) noexcept

@@ -103,6 +103,11 @@ uint32_t currentProcessId() noexcept
     return GetCurrentProcessId();
 }
 
+bool processHasOnlyOneThread() noexcept
+{
+    return false;
+}
+
 void sleepMs(uint32_t ms) noexcept
 {
     Sleep(ms);

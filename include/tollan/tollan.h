@@ -10,5 +10,6 @@
 #include <tollan/timerengine.h>
 #include <tollan/rs232.h>
 #include <tollan/debugger.h>
+#include <tollan/ansi_c.h>
 
 #endif

@@ -29,6 +29,7 @@
 #include "services/character_classes.h"
 #include "services/memory.h"
 #include "stdc/code_page.h"
+#include "stdc/library.h"
 #include "stdc/time_options.h"
 #include "stdc/time_zone.h"
 #include "support/list_allocator.h"
@@ -133,6 +134,12 @@ constexpr StartupStep kSteps[] = {
      .initOnce = stdc::InitTimeLib,
      .trace = "InitTimeLib returned",
      .failureCode = kTimeLibraryFailed},
+    {.name = "StdCLibInitOnce",
+     .stage = Stage::runtimeLibraries,
+     .initOnce = stdc::StdCLibInitOnce,
+     .trace = "StdCLibInitOnce returned",
+     .failureCode = kLibraryInitFailed,
+     .cleanup = {CleanupPhase::libraries, cleanup_rank::cLibrary, stdc::StdCLibCleanup}},
     {.name = "InitExecutionThreadVars",
      .stage = Stage::runtimeLibraries,
      .initOnce = debugger::InitExecutionThreadVars,

@@ -156,6 +156,7 @@ TEST(StartupTrace, AttachThreadDetachAndDetachLinesComeInOrder)
         {"TRACE|WMain", "ConfigureZORLoggerOnce returned"},
         {"TRACE|WMain", "ENTER"},
         {"TRACE|WMain", "InitTimeLib returned"},
+        {"TRACE|WMain", "StdCLibInitOnce returned"},
         {"TRACE|WMain", "InitExecutionThreadVars returned"},
         {"TRACE|WMain", "FmtIOLibInitOnce returned"},
         {"TRACE|WMain", "UtilityLibraryInitOnce returned"},

@@ -192,14 +192,24 @@ int putByteSlow(Stream &stream, unsigned char byte) noexcept
 size_t writeBytes(Stream &stream, const char *bytes, size_t count) noexcept
 {
     if (count == 0 || !startWriting(stream)) return 0;
+    if ((stream.state & state::kUnbuffered) != 0) {
+        // What an earlier call left, then the whole piece in one write, so
+        // that a printf to stdout reaches the terminal (and the debugger) whole.
+        if (flushStream(stream) != 0) return 0;
+        const int64_t put = writeDescriptor(static_cast<int>(stream.descriptor), bytes, count, lowFlagsOf(stream));
+        if (put == static_cast<int64_t>(count)) return count;
+        if (put == 0) setErrno(EIO);
+        stream.state |= state::kError;
+        return put > 0 ? static_cast<size_t>(put) : 0;
+    }
     const size_t size = static_cast<size_t>(stream.bufferEnd - stream.bufferStart);
-    const bool plain = (stream.state & (state::kLineBuffered | state::kUnbuffered)) == 0;
+    const bool plain = (stream.state & state::kLineBuffered) == 0;
     // The bytes of this call known to have left, or to sit in a buffer that
     // will not be flushed within this call.
     size_t safe = 0;
     size_t done = 0;
     while (done < count) {
-        if (plain && size > 1 && stream.position == stream.bufferStart && count - done >= size) {
+        if (plain && stream.position == stream.bufferStart && count - done >= size) {
             // A piece at least as large as the buffer goes straight out.
             const size_t piece = (count - done) / size * size;
             const int64_t put =

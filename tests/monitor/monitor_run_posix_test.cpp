@@ -185,14 +185,16 @@ TEST(MonitorRun, ShowsWhatTheProgramWritesToItsStandardIOPipeLiveInOrderAndByStr
     const MonitorRun run = runMonitor({"run", "--", probePath("standard_io_probe")});
     EXPECT_EQ(run.status, 0) << run.err;
     // The library switched the pipe on because the monitor made the shared
-    // block; what went through the pipe is in the report, not copied to the
+    // block. The program's standard output got exactly its writes; the pipe
+    // got the same writes, shown in the report and not copied to the
     // monitor's standard output, which the program shares.
-    EXPECT_EQ(run.out, "standard I/O pipe on: 1\n");
+    const std::string longLine = std::string(5000, 'L') + "\n";
+    EXPECT_EQ(run.out, "standard I/O pipe on: 1\nout1\nout2\ntab\tand\x01" + longLine);
     // In the order written, and among the event texts where the program made them.
     size_t at = 0;
     for (const char *line :
-         {"module attached: ", "stdout: out1\n", "stderr: err1\n", "stdout: out2\n", "stderr: two\n",
-          "stderr: lines\n", "stdout: tab\tand\\x01\n", "module detached: "}) {
+         {"module attached: ", "stdout: standard I/O pipe on: 1\n", "stdout: out1\n", "stderr: err1\n",
+          "stdout: out2\n", "stderr: two\n", "stderr: lines\n", "stdout: tab\tand\\x01", "module detached: "}) {
         at = run.err.find(std::string("tollan-monitor: ") + line, at);
         EXPECT_NE(at, std::string::npos) << line << " in order in\n" << run.err;
     }

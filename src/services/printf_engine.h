@@ -22,7 +22,8 @@
 // - Width and precision: digits, or '*' for an int argument fetched before
 //   the value (width first). A negative '*' width means '-' and its
 //   magnitude; a negative '*' precision counts as none. '.' alone is
-//   precision 0.
+//   precision 0. Digits past INT_MAX stop counting just above it, so such a
+//   width always overflows the text.
 // - Sizes: hh h l ll j z t as C99 (l is the compiler's long: 32 bits under
 //   mingw, 64 on Linux); L is long double on the floating conversions; on
 //   d i o u x X and n, L means long long, I the pointer size (64 bits), I32
@@ -67,7 +68,8 @@
 // The engine allocates no memory for the text except the digits of a long
 // double conversion that need more than 1.5 KB (say %.2000Lf); those come
 // from the library heap, and errno ENOMEM with -1 when it has none. It
-// reads no locale and calls no host printf.
+// reads no locale, calls no host printf and keeps no state: any number of
+// threads may format at once.
 #pragma once
 
 #include <cstdarg>
@@ -80,8 +82,9 @@ class TextSink {
 public:
     // Takes the next piece of the text (length > 0). False when the
     // destination failed: formatting stops at once and reports -1, leaving
-    // errno as the sink set it. The engine hands over literal runs of the
-    // format whole and padding in blocks, never a byte at a time.
+    // errno as the sink set it. The engine hands over each literal run of
+    // the format whole, each field in a few pieces (sign, digits, exponent)
+    // and padding in blocks of up to 128 bytes.
     virtual bool put(const char *text, size_t length) noexcept = 0;
 
 protected:

@@ -143,7 +143,8 @@ Layout alternateGeneralLayout(char *begin, char *end, Float value, size_t signif
         std::memcpy(digits, "0.000", lead);
         return {digits, exponent, zeros};
     }
-    // The exact digits reach past the point: X is below the exact decimals.
+    // The point goes after digit X. The digits reach that far: X < P, and X
+    // stays below the exact decimals where P was cut to them.
     std::memmove(digits - 1, digits, static_cast<size_t>(x) + 1);
     digits[x] = '.';
     return {digits - 1, asked == 1 ? digits + 1 : exponent, zeros};

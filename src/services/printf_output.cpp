@@ -1,7 +1,6 @@
 #include "services/printf_output.h"
 
 #include <cerrno>
-#include <climits>
 
 namespace tollan::services::formatting {
 namespace {
@@ -30,19 +29,10 @@ size_t paddingOf(const Conversion &conversion, size_t length) noexcept
 
 }  // namespace
 
-bool Output::fits(size_t length) noexcept
+bool Output::overflows() noexcept
 {
-    if (length <= static_cast<size_t>(INT_MAX) - count_) return true;
     errno = EOVERFLOW;
     return false;
-}
-
-bool Output::put(const char *text, size_t length) noexcept
-{
-    if (length == 0) return true;
-    if (!fits(length)) return false;
-    count_ += length;
-    return sink_.put(text, length);
 }
 
 bool Output::fill(const char *block, size_t count) noexcept
@@ -53,12 +43,12 @@ bool Output::fill(const char *block, size_t count) noexcept
     return put(block, count);
 }
 
-bool Output::putZeros(size_t count) noexcept
+bool Output::fillZeros(size_t count) noexcept
 {
     return fill(kZeros.text, count);
 }
 
-bool Output::putSpaces(size_t count) noexcept
+bool Output::fillSpaces(size_t count) noexcept
 {
     return fill(kSpaces.text, count);
 }

@@ -2,6 +2,7 @@
 // INT_MAX, pads from static blocks, and lays out one converted field.
 #pragma once
 
+#include <climits>
 #include <cstddef>
 
 #include "services/printf_conversion.h"
@@ -35,9 +36,15 @@ public:
 
     // Each returns false once the text has failed: the sink refused a piece
     // (errno as it left it) or the text passed INT_MAX (errno EOVERFLOW).
-    bool put(const char *text, size_t length) noexcept;
-    bool putZeros(size_t count) noexcept;
-    bool putSpaces(size_t count) noexcept;
+    bool put(const char *text, size_t length) noexcept
+    {
+        if (length == 0) return true;
+        if (!fits(length)) return false;
+        count_ += length;
+        return sink_.put(text, length);
+    }
+    bool putZeros(size_t count) noexcept { return count == 0 || fillZeros(count); }
+    bool putSpaces(size_t count) noexcept { return count == 0 || fillSpaces(count); }
     // Writes `field` padded to the conversion's width; nothing of it when it
     // would take the text past INT_MAX.
     bool putField(const Field &field, const Conversion &conversion) noexcept;
@@ -51,7 +58,15 @@ public:
     size_t count() const noexcept { return count_; }
 
 private:
-    bool fits(size_t length) noexcept;
+    // False, with errno EOVERFLOW, when length more bytes would take the
+    // text past INT_MAX.
+    bool fits(size_t length) noexcept
+    {
+        return length <= static_cast<size_t>(INT_MAX) - count_ || overflows();
+    }
+    bool overflows() noexcept;
+    bool fillZeros(size_t count) noexcept;
+    bool fillSpaces(size_t count) noexcept;
     // Writes count bytes taken from a static block of one repeated byte.
     bool fill(const char *block, size_t count) noexcept;
 

@@ -1,4 +1,4 @@
-// The library's printf, whose %p prints as Windows prints it.
+// The library's printf for its own texts, whose %p prints as Windows prints it.
 #include <gtest/gtest.h>
 
 #include <cstdarg>
@@ -49,7 +49,6 @@ TEST(TextFormat, EveryOtherConversionTakesItsOwnArgument)
                300, 8u, 255u, 'z', "ab", 2.5, 1.5L, 7, 1, 3.25, pointer(0xff), &counted, "end"),
         "91:-7|   42|-1234567890123|9|44|010|FF|z|ab  |2.50|1.500000e+00|    3.2|%|00000000000000FF|end");
     EXPECT_EQ(counted, 88);
-    // Without a %p the C library does the work.
     EXPECT_EQ(format(50, "%s %d", "plain", 3), "7:plain 3");
 }
 

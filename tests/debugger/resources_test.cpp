@@ -8,6 +8,7 @@
 #include <iterator>
 #include <string>
 
+#include <tollan/ansi_c.h>
 #include <tollan/debugger.h>
 #include <tollan/fmtio.h>
 #include <tollan/logger.h>
@@ -15,6 +16,7 @@
 #include "debugger/lookup3.h"
 #include "debugger/runtime_record.h"
 #include "fixtures/log_capture.h"
+#include "services/text_format.h"
 
 namespace {
 
@@ -144,6 +146,35 @@ TEST_F(Tracking, FilesOfTheFormattingLibraryAreTrackedUntilClosed)
     EXPECT_NE(dumped().find(line), std::string::npos);
     EXPECT_EQ(ZOR_CloseFile(file), 0);
     EXPECT_EQ(dumped().find(line), std::string::npos);
+    std::filesystem::remove(path);
+}
+
+TEST_F(Tracking, StreamsAndDescriptorsOfTheCLibraryAreTrackedUntilClosed)
+{
+    const std::string path = (std::filesystem::temp_directory_path() / "tollan-tracked-stream.txt").string();
+    TollanFILE *stream = tollan_fopen(path.c_str(), "w");
+    ASSERT_NE(stream, nullptr);
+    const std::string streamLine =
+        "(Files) FILE* 0x" + std::string(tollan::services::pointerText(stream).text) + " \"" + path + "\"";
+    EXPECT_NE(dumped().find(streamLine), std::string::npos) << dumped();
+    EXPECT_EQ(tollan_fclose(stream), 0);
+    EXPECT_EQ(dumped().find(streamLine), std::string::npos);
+
+    // A descriptor is tracked on its own until a stream takes it over.
+    const int descriptor = tollan_open(path.c_str(), TOLLAN_O_READ, 0);
+    ASSERT_GE(descriptor, 3);
+    const std::string descriptorLine =
+        "(Files) POSIX file handle " + std::to_string(descriptor) + " \"" + path + "\"";
+    EXPECT_NE(dumped().find(descriptorLine), std::string::npos);
+    stream = tollan_fdopen(descriptor, "r");
+    ASSERT_NE(stream, nullptr);
+    const std::string takenOver = "(Files) FILE* 0x" +
+                                  std::string(tollan::services::pointerText(stream).text) +
+                                  " from POSIX file handle " + std::to_string(descriptor);
+    EXPECT_EQ(dumped().find(descriptorLine), std::string::npos);
+    EXPECT_NE(dumped().find(takenOver), std::string::npos);
+    EXPECT_EQ(tollan_fclose(stream), 0);
+    EXPECT_EQ(dumped().find("(Files)"), std::string::npos);
     std::filesystem::remove(path);
 }
 

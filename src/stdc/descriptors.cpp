@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <mutex>
 #include <new>
@@ -194,32 +195,14 @@ int standardInputHeld = -1;
 
 int errnoOf(platform::FileError error) noexcept
 {
-    using platform::FileError;
-    switch (error) {
-        case FileError::none:
-            return 0;
-        case FileError::notFound:
-            return ENOENT;
-        case FileError::badHandle:
-            return EBADF;
-        case FileError::noMemory:
-            return ENOMEM;
-        case FileError::exists:
-            return EEXIST;
-        case FileError::accessDenied:
-            return EACCES;
-        case FileError::invalidArgument:
-            return EINVAL;
-        case FileError::tooManyFiles:
-            return EMFILE;
-        case FileError::diskFull:
-            return ENOSPC;
-        case FileError::nameTooLong:
-            return ENAMETOOLONG;
-        case FileError::general:
-            break;
-    }
-    return EIO;
+    // In FileError's order: none, not found, general, bad handle, no memory,
+    // exists, access denied, invalid argument, too many files, disk full,
+    // name too long.
+    constexpr int kErrno[] = {0,      ENOENT, EIO,    EBADF,  ENOMEM,      EEXIST,
+                              EACCES, EINVAL, EMFILE, ENOSPC, ENAMETOOLONG};
+    static_assert(std::size(kErrno) == static_cast<size_t>(platform::FileError::nameTooLong) + 1);
+    const auto index = static_cast<size_t>(error);
+    return index < std::size(kErrno) ? kErrno[index] : EIO;
 }
 
 int openDescriptor(const char *path, uint32_t flags, int share, int permission) noexcept

@@ -148,7 +148,7 @@ void dropReadData(Stream &stream) noexcept
 
 int64_t unreadBytes(const Stream &stream) noexcept
 {
-    int64_t unread = stream.pushedCount;
+    int64_t unread = static_cast<unsigned char>(stream.pushedCount);
     if ((stream.state & state::kReadData) != 0) {
         const char *end = stream.pushedCount > 0 ? stream.savedReadEnd : stream.readEnd;
         unread += end - stream.position;

@@ -193,7 +193,7 @@ int tollan_puts(const char *text) noexcept
     char line[256];
     const size_t length = std::strlen(text);
     if (length < sizeof line) {
-        std::memcpy(line, text, length);
+        std::copy_n(text, length, line);
         line[length] = '\n';
         return writeBytes(*stream, line, length + 1) == length + 1 ? 0 : TOLLAN_EOF;
     }

@@ -179,13 +179,14 @@ TollanFILE *tollan_tmpfile(void) noexcept
     TollanFILE *file = tollan_fopen(name, "wb+");
     if (file == nullptr) return nullptr;
     Stream &stream = *reinterpret_cast<Stream *>(file);
-    stream.temporaryName = static_cast<char *>(std::malloc(std::strlen(name) + 1));
+    const size_t size = std::strlen(name) + 1;
+    stream.temporaryName = static_cast<char *>(std::malloc(size));
     if (stream.temporaryName == nullptr) {
         tollan_fclose(file);
         tollan::platform::removeFile(name);
         setErrno(ENOMEM);
         return nullptr;
     }
-    std::strcpy(stream.temporaryName, name);
+    std::memcpy(stream.temporaryName, name, size);
     return file;
 }

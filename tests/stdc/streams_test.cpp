@@ -10,6 +10,7 @@
 #include <tollan/ansi_c.h>
 
 #include "fixtures/scratch_folder.h"
+#include "stdc/library.h"
 #include "stdc/stream.h"
 #include "stdc/temporary_names.h"
 
@@ -83,6 +84,27 @@ TEST_F(StreamTest, AClosedStandardStreamLendsItsRecordToTheNextOpen)
     EXPECT_EQ(readAll(file), "reused");
     EXPECT_EQ(tollan_fclose(file), 0);
     tollan::stdc::resetStandardStreams();
+}
+
+TEST_F(StreamTest, FreopenKeepsTheRecordAndCleanUpClosesEveryStream)
+{
+    const std::string first = folder.write("first.txt", "first");
+    TollanFILE *file = tollan_fopen(first.c_str(), "r");
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(tollan_fgetc(file), 'f');
+    const std::string second = folder.path("second.txt");
+    EXPECT_EQ(tollan_freopen(second.c_str(), "w", file), file);
+    EXPECT_EQ(tollan_fputs("unflushed", file), 0);
+    EXPECT_TRUE(failedWith(tollan_freopen(second.c_str(), "q", file) == nullptr, EINVAL));
+    EXPECT_TRUE(failedWith(tollan_fputc('x', file) == TOLLAN_EOF, EINVAL));  // closed by the failed reopen
+
+    TollanFILE *pending = tollan_fopen(second.c_str(), "a");
+    EXPECT_EQ(tollan_fputs("kept", pending), 0);
+    EXPECT_EQ(folder.read("second.txt"), "unflushed");
+    tollan::stdc::StdCLibCleanup();
+    EXPECT_EQ(folder.read("second.txt"), "unflushedkept");
+    EXPECT_TRUE(failedWith(tollan_fclose(pending) == TOLLAN_EOF, EINVAL));
+    EXPECT_TRUE(tollan::stdc::StdCLibInitOnce());
 }
 
 TEST_F(StreamTest, ManyOpenCloseCyclesLeaveNothingBehind)

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdint>
+#include <cstdlib>
 #include <mutex>
 #include <new>
 
@@ -32,6 +33,9 @@ platform::RecursiveLock &standardStreamsLock() noexcept
 
 void startStandard(Stream &stream, uint32_t streamMode, int64_t descriptor, uint32_t streamState) noexcept
 {
+    // A start-up after a clean-up finds the buffer freed; one without finds
+    // the buffer stdin was given at its first read.
+    if ((stream.state & state::kOwnsBuffer) != 0) std::free(stream.bufferStart);
     stream = Stream{};
     stream.mode = streamMode;
     stream.descriptor = descriptor;

@@ -4,7 +4,9 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <cstdio>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <tollan/ansi_c.h>
@@ -121,6 +123,34 @@ TEST_F(StreamTest, ManyOpenCloseCyclesLeaveNothingBehind)
     const int descriptor = tollan_open(path.c_str(), TOLLAN_O_READ, 0);
     EXPECT_EQ(descriptor, 3);
     EXPECT_EQ(tollan_close(descriptor), 0);
+}
+
+TEST_F(StreamTest, ThreadsSharingAStreamNeverTearALine)
+{
+    const std::string path = folder.path("shared.txt");
+    TollanFILE *file = tollan_fopen(path.c_str(), "wb");
+    ASSERT_NE(file, nullptr);
+    constexpr int kThreads = 4;
+    constexpr int kLines = 2000;
+    std::vector<std::thread> writers;
+    for (int t = 0; t < kThreads; ++t)
+        writers.emplace_back([file, t] {
+            for (int i = 0; i < kLines; ++i)
+                tollan_fprintf(file, "thread %d line %04d with some padding\n", t, i);
+        });
+    for (std::thread &writer : writers) writer.join();
+    EXPECT_EQ(tollan_fclose(file), 0);
+
+    const std::string text = folder.read("shared.txt");
+    std::vector<int> next(kThreads, 0);
+    size_t start = 0;
+    for (size_t end; (end = text.find('\n', start)) != std::string::npos; start = end + 1) {
+        int t = -1, i = -1;
+        ASSERT_EQ(std::sscanf(text.substr(start, end - start).c_str(), "thread %d line %d", &t, &i), 2);
+        ASSERT_TRUE(t >= 0 && t < kThreads);
+        EXPECT_EQ(i, next[t]++);  // each thread's lines whole and in its order
+    }
+    EXPECT_EQ(next, std::vector<int>(kThreads, kLines));
 }
 
 TEST_F(StreamTest, TextModeWritesCrLfAndCountsPositionsInFileBytes)

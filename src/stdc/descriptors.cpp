@@ -17,6 +17,7 @@
 #include "platform/lock.h"
 #include "platform/standard_io_pipe.h"
 #include "services/line_ends.h"
+#include "services/process_object.h"
 #include "stdc/stream.h"
 
 namespace tollan::stdc {
@@ -41,8 +42,7 @@ std::atomic<int> entryCount{0};
 
 platform::RecursiveLock &listLock() noexcept
 {
-    static platform::RecursiveLock lock;
-    return lock;
+    return services::processObject<platform::RecursiveLock, struct DescriptorListLockTag>();
 }
 
 Entry *entryAt(int index) noexcept

@@ -8,6 +8,7 @@
 #include <new>
 
 #include "platform/c_errno.h"
+#include "services/process_object.h"
 #include "stdc/stream.h"
 
 namespace tollan::stdc {
@@ -27,8 +28,7 @@ platform::RecursiveLock &standardStreamsLock() noexcept
 {
     // The standard streams have no lock of their own; they share this one,
     // so that two threads printing at once cannot tear a buffer pointer.
-    static platform::RecursiveLock lock;
-    return lock;
+    return services::processObject<platform::RecursiveLock, struct StandardStreamsLockTag>();
 }
 
 void startStandard(Stream &stream, uint32_t streamMode, int64_t descriptor, uint32_t streamState) noexcept
@@ -57,8 +57,8 @@ Stream *standardStream(int which) noexcept
 
 platform::RecursiveLock &tableLock() noexcept
 {
-    static platform::RecursiveLock lock;
-    return lock;
+    // Shutdown closes every stream after the process's static objects are gone.
+    return services::processObject<platform::RecursiveLock, struct StreamTableLockTag>();
 }
 
 // Points every buffer pointer of an idle stream at `start`.

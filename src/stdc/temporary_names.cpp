@@ -14,6 +14,7 @@
 #include "platform/lock.h"
 #include "platform/thread.h"
 #include "services/path_check.h"
+#include "services/process_object.h"
 #include "stdc/descriptors.h"
 #include "stdc/stream.h"
 
@@ -33,8 +34,7 @@ struct TemporaryNames {
 
 TemporaryNames &names() noexcept
 {
-    static TemporaryNames instance;
-    return instance;
+    return services::processObject<TemporaryNames>();
 }
 
 bool findPrefix(TemporaryNames &state) noexcept

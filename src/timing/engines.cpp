@@ -7,7 +7,7 @@
 #include "platform/event.h"
 #include "platform/thread.h"
 #include "timing/mmsystem.h"
-#include "timing/process_object.h"
+#include "services/process_object.h"
 #include "timing/qwuste.h"
 
 namespace tollan::timing {
@@ -20,12 +20,12 @@ std::atomic<ZORUSTE *> chosen{nullptr};
 
 ZORUSTE &mmsystemEngine() noexcept
 {
-    return processObject<MMSystem>();
+    return services::processObject<MMSystem>();
 }
 
 ZORUSTE &qwusteEngine() noexcept
 {
-    return processObject<QWUSTE>();
+    return services::processObject<QWUSTE>();
 }
 
 ZORUSTE *chosenEngine() noexcept

@@ -2,7 +2,7 @@
 
 #include <unordered_map>
 
-#include "timing/process_object.h"
+#include "services/process_object.h"
 
 namespace tollan::timing {
 
@@ -11,7 +11,7 @@ namespace {
 // Lives as long as the process, like the timers it lists.
 std::unordered_map<void *, ZORUSTE *> &table() noexcept
 {
-    return processObject<std::unordered_map<void *, ZORUSTE *>>();
+    return services::processObject<std::unordered_map<void *, ZORUSTE *>>();
 }
 
 }  // namespace

@@ -1,22 +1,27 @@
 #include "timing/locks.h"
 
-#include "timing/process_object.h"
+#include "services/process_object.h"
 
 namespace tollan::timing {
+namespace {
+struct TimerLockTag;
+struct LiveTimersLockTag;
+struct SharedScratchLockTag;
+}  // namespace
 
 platform::RecursiveLock &timerLock() noexcept
 {
-    return processObject<platform::RecursiveLock, 0>();
+    return services::processObject<platform::RecursiveLock, TimerLockTag>();
 }
 
 platform::RecursiveLock &liveTimersLock() noexcept
 {
-    return processObject<platform::RecursiveLock, 1>();
+    return services::processObject<platform::RecursiveLock, LiveTimersLockTag>();
 }
 
 platform::RecursiveLock &sharedScratchLock() noexcept
 {
-    return processObject<platform::RecursiveLock, 2>();
+    return services::processObject<platform::RecursiveLock, SharedScratchLockTag>();
 }
 
 }  // namespace tollan::timing

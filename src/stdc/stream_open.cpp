@@ -14,7 +14,6 @@
 #include "stdc/library.h"
 #include "stdc/stream.h"
 #include "stdc/stream_buffer.h"
-#include "stdc/temporary_names.h"
 
 namespace tollan::stdc {
 namespace {

@@ -5,6 +5,9 @@
 //   report_probe unattended ACTION SEVERITY
 //       a report with no error file and nobody to ask; ACTION is the value
 //       of TOLLAN_RTE_ACTION ("-" leaves it unset)
+//   report_probe debugger -
+//       under a debugger: a fatal check error, then a library status with a
+//       text, each raising a break
 // Returns 7 when the program goes on after the report, 2 on bad usage.
 #include <cstdlib>
 #include <cstring>
@@ -49,6 +52,11 @@ int main(int argc, char **argv)
     if (mode == "unattended" && argc == 4) {
         setAction(argv[2]);
         ReportUPError(std::atoi(argv[3]), 158, 4, 8);
+        return kWentOn;
+    }
+    if (mode == "debugger") {
+        ReportUPError(3, 158, 4, 8);
+        _UPLibBreakpointWithElab("status", -3, "Port not open", reinterpret_cast<void *>(&setAction));
         return kWentOn;
     }
     return 2;

@@ -1,0 +1,50 @@
+#include "rtcheck/report_choice.h"
+
+#include <cstring>
+
+#include "rtcheck/report_message.h"
+#include "services/messages.h"
+#include "services/text_format.h"
+
+namespace tollan::rtcheck {
+namespace {
+
+constexpr int32_t kWarningTitle = 193;
+constexpr int32_t kNonFatalTitle = 194;
+constexpr int32_t kFatalTitle = 195;
+constexpr int32_t kPositionedBody = 196;
+
+int32_t titleFor(int32_t severity) noexcept
+{
+    if (severity == 1) return kWarningTitle;
+    return severity == 2 ? kNonFatalTitle : kFatalTitle;
+}
+
+}  // namespace
+
+ReportChoice unattendedChoice(int32_t severity, const char *setting) noexcept
+{
+    if (setting != nullptr) {
+        if (std::strcmp(setting, "break") == 0) return ReportChoice::breakIntoDebugger;
+        if (std::strcmp(setting, "ignore") == 0) return ReportChoice::ignore;
+        if (std::strcmp(setting, "terminate") == 0) return ReportChoice::terminate;
+    }
+    return severity >= 3 ? ReportChoice::terminate : ReportChoice::ignore;
+}
+
+void buildReportBody(char *buffer, size_t size, int32_t severity, const char *text,
+                     const SourcePosition &position) noexcept
+{
+    int written =
+        services::formatTextInto(buffer, size, "%s\n", services::libraryMessage(titleFor(severity)));
+    if (written < 0 || static_cast<size_t>(written) >= size) return;
+    char *body = buffer + written;
+    const size_t room = size - static_cast<size_t>(written);
+    if (position.known && position.file != nullptr)
+        formatMessage(body, room, kPositionedBody, position.file, static_cast<int>(position.firstLine),
+                      static_cast<int>(position.firstColumn), text);
+    else
+        services::formatTextInto(body, room, "%s", text);
+}
+
+}  // namespace tollan::rtcheck

@@ -1,0 +1,77 @@
+// Reports that end the process or write to standard error, made by the report
+// probe in a process of its own.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "fixtures/log_capture.h"
+#include "fixtures/probes.h"
+#include "fixtures/scratch_folder.h"
+
+#ifndef _WIN32
+#include <sys/wait.h>
+#endif
+
+namespace {
+
+using tollan::testing::ScratchFolder;
+
+constexpr int kWentOn = 7;
+
+// The probe's exit status as the program gave it, -1 included.
+int runProbe(const std::string &arguments)
+{
+    const int status = std::system((probePath("report_probe") + " " + arguments).c_str());
+#ifdef _WIN32
+    return status;
+#else
+    if (!WIFEXITED(status)) return -1000;
+    return static_cast<signed char>(WEXITSTATUS(status));
+#endif
+}
+
+TEST(ReportProbe, AFatalReportToTheErrorFileEndsTheProcessWithMinusOne)
+{
+    ScratchFolder folder("tollan-rtcheck-probe");
+    const struct {
+        const char *mode;
+        const char *line;
+    } rows[] = {
+        {"file-check", "probe.c[ 3, 7]-[ 4, 8]: FATAL - Dereference of null pointer.\n"},
+        {"file-argument", "probe.c[ 3, 7]-[ 3, 7]: FATAL - Null pointer argument to library function.\n"},
+    };
+    for (const auto &row : rows) {
+        const std::string file = folder.path(row.mode);
+        EXPECT_EQ(runProbe(std::string(row.mode) + " " + file), -1) << row.mode;
+        EXPECT_EQ(tollan::testing::readTextFile(file), row.line) << row.mode;
+    }
+}
+
+TEST(ReportProbe, WithNobodyToAskTheReportGoesToStandardErrorAndTheSettingDecides)
+{
+    ScratchFolder folder("tollan-rtcheck-unattended");
+    const std::string errors = folder.path("stderr.txt");
+    const struct {
+        const char *action;
+        int severity;
+        int status;
+        const char *title;
+    } rows[] = {
+        {"-", 3, -1, "Fatal Run-time Error"},           {"-", 2, kWentOn, "Non-Fatal Run-time Error"},
+        {"-", 1, kWentOn, "Non-Fatal Run-time Error"},  // warnings are shown as non-fatal errors
+        {"ignore", 3, kWentOn, "Fatal Run-time Error"}, {"terminate", 2, -1, "Non-Fatal Run-time Error"},
+        {"break", 3, kWentOn, "Fatal Run-time Error"},  // no debugger watches: the program goes on
+    };
+    for (const auto &row : rows) {
+        const std::string what = std::string(row.action) + " " + std::to_string(row.severity);
+        EXPECT_EQ(runProbe("unattended " + what + " 2> " + errors), row.status) << what;
+        EXPECT_EQ(tollan::testing::readTextFile(errors), std::string(row.title) +
+                                                             "\nFile \"probe.c\", line 3, column 7:\n\n"
+                                                             "Dynamic memory is corrupt.\n")
+            << what;
+    }
+}
+
+}  // namespace

@@ -59,42 +59,43 @@ constexpr uint8_t kPointerAlign = 8;
 struct BasicType {
     Tynode **slot;
     const char *name;
-    int32_t op;
+    const char *check;  // the start-up assertion's text
     uint64_t size;
+    int32_t op;
     uint8_t align;
     bool marked;
-    const char *check;  // the start-up assertion's text
 };
 
 // long double has the shape of double, long of int, and the char and short
 // variants share their codes: such types differ only by their symbols.
 const BasicType kBasicTypes[] = {
-    {&chartype, "char", LCC_CHAR, 1, 1, false, "chartype->align == 0 || chartype->size%chartype->align == 0"},
-    {&doubletype, "double", LCC_DOUBLE, 8, 8, true,
-     "doubletype->align == 0 || doubletype->size%doubletype->align == 0"},
-    {&floattype, "float", LCC_FLOAT, 4, 4, true,
-     "floattype->align == 0 || floattype->size%floattype->align == 0"},
-    {&inttype, "int", LCC_INT, 4, 4, false, "inttype->align == 0 || inttype->size%inttype->align == 0"},
-    {&int64type, "__int64", LCC_LONGLONG, 8, 8, false,
-     "int64type->align == 0 || int64type->size%int64type->align == 0"},
-    {&longdouble, "long double", LCC_DOUBLE, 8, 8, true,
-     "longdouble->align == 0 || longdouble->size%longdouble->align == 0"},
-    {&longtype, "long", LCC_INT, 4, 4, false, "longtype->align == 0 || longtype->size%longtype->align == 0"},
-    {&shorttype, "short", LCC_SHORT, 2, 2, false,
-     "shorttype->align == 0 || shorttype->size%shorttype->align == 0"},
-    {&signedchar, "signed char", LCC_CHAR, 1, 1, false,
-     "signedchar->align == 0 || signedchar->size%signedchar->align == 0"},
-    {&unsignedchar, "unsigned char", LCC_CHAR, 1, 1, false,
-     "unsignedchar->align == 0 || unsignedchar->size%unsignedchar->align == 0"},
-    {&unsignedlong, "unsigned long", LCC_UNSIGNED, 4, 4, false,
-     "unsignedlong->align == 0 || unsignedlong->size%unsignedlong->align == 0"},
-    {&unsignedint64, "unsigned __int64", LCC_ULONGLONG, 8, 8, false,
-     "unsignedint64->align == 0 || unsignedint64->size%unsignedint64->align == 0"},
-    {&unsignedshort, "unsigned short", LCC_SHORT, 2, 2, false,
-     "unsignedshort->align == 0 || unsignedshort->size%unsignedshort->align == 0"},
-    {&unsignedtype, "unsigned int", LCC_UNSIGNED, 4, 4, false,
-     "unsignedtype->align == 0 || unsignedtype->size%unsignedtype->align == 0"},
-    {&voidtype, "void", LCC_VOID, 0, 0, false, "voidtype->align == 0 || voidtype->size%voidtype->align == 0"},
+    {&chartype, "char", "chartype->align == 0 || chartype->size%chartype->align == 0", 1, LCC_CHAR, 1, false},
+    {&doubletype, "double", "doubletype->align == 0 || doubletype->size%doubletype->align == 0", 8,
+     LCC_DOUBLE, 8, true},
+    {&floattype, "float", "floattype->align == 0 || floattype->size%floattype->align == 0", 4, LCC_FLOAT, 4,
+     true},
+    {&inttype, "int", "inttype->align == 0 || inttype->size%inttype->align == 0", 4, LCC_INT, 4, false},
+    {&int64type, "__int64", "int64type->align == 0 || int64type->size%int64type->align == 0", 8, LCC_LONGLONG,
+     8, false},
+    {&longdouble, "long double", "longdouble->align == 0 || longdouble->size%longdouble->align == 0", 8,
+     LCC_DOUBLE, 8, true},
+    {&longtype, "long", "longtype->align == 0 || longtype->size%longtype->align == 0", 4, LCC_INT, 4, false},
+    {&shorttype, "short", "shorttype->align == 0 || shorttype->size%shorttype->align == 0", 2, LCC_SHORT, 2,
+     false},
+    {&signedchar, "signed char", "signedchar->align == 0 || signedchar->size%signedchar->align == 0", 1,
+     LCC_CHAR, 1, false},
+    {&unsignedchar, "unsigned char",
+     "unsignedchar->align == 0 || unsignedchar->size%unsignedchar->align == 0", 1, LCC_CHAR, 1, false},
+    {&unsignedlong, "unsigned long",
+     "unsignedlong->align == 0 || unsignedlong->size%unsignedlong->align == 0", 4, LCC_UNSIGNED, 4, false},
+    {&unsignedint64, "unsigned __int64",
+     "unsignedint64->align == 0 || unsignedint64->size%unsignedint64->align == 0", 8, LCC_ULONGLONG, 8,
+     false},
+    {&unsignedshort, "unsigned short",
+     "unsignedshort->align == 0 || unsignedshort->size%unsignedshort->align == 0", 2, LCC_SHORT, 2, false},
+    {&unsignedtype, "unsigned int", "unsignedtype->align == 0 || unsignedtype->size%unsignedtype->align == 0",
+     4, LCC_UNSIGNED, 4, false},
+    {&voidtype, "void", "voidtype->align == 0 || voidtype->size%voidtype->align == 0", 0, LCC_VOID, 0, false},
 };
 
 // Pointers built like the void pointer, in this order, after it.

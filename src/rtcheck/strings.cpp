@@ -84,9 +84,10 @@ const char *prebuilt(const char *s, size_t length) noexcept
 {
     if (length == 0) return kEmpty;
     auto digit = [](char c) { return c >= '0' && c <= '9'; };
-    if (length == 1 && digit(s[0])) return kNumberTexts[static_cast<size_t>(s[0] - '0')].data();
+    auto value = [](char c) { return static_cast<size_t>(c - '0'); };
+    if (length == 1 && digit(s[0])) return kNumberTexts[value(s[0])].data();
     if (length == 2 && s[0] >= '1' && s[0] <= '9' && digit(s[1]))
-        return kNumberTexts[static_cast<size_t>((s[0] - '0') * 10 + (s[1] - '0'))].data();
+        return kNumberTexts[value(s[0]) * 10 + value(s[1])].data();
     return nullptr;
 }
 

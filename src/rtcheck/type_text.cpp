@@ -1,7 +1,6 @@
 // The directives of the type printer's formatter.
 #include "rtcheck/type_text.h"
 
-#include <cstdarg>
 #include <cstdio>
 
 namespace tollan::rtcheck {
@@ -38,10 +37,13 @@ void putCoordinate(TypeText &out, const TyCoordinate *where) noexcept
 
 }  // namespace
 
-void say(TypeText &out, const char *format, ...) noexcept
+void sayWith(TypeText &out, const char *format, std::initializer_list<TextArgument> arguments) noexcept
 {
-    va_list args;
-    va_start(args, format);
+    const TextArgument *next = arguments.begin();
+    auto take = [&next, &arguments](TextArgument::Kind kind) -> const TextArgument * {
+        if (next == arguments.end() || next->kind != kind) return nullptr;
+        return next++;
+    };
     for (const char *p = format; *p != '\0'; ++p) {
         if (*p != '%') {
             put(out, *p);
@@ -49,20 +51,21 @@ void say(TypeText &out, const char *format, ...) noexcept
         }
         switch (*++p) {
             case 'k':
-                putText(out, tokenrep(va_arg(args, int32_t)));
+                if (const TextArgument *a = take(TextArgument::Kind::token)) putText(out, tokenrep(a->token));
                 break;
             case 't':
-                sayType(out, va_arg(args, const Tynode *));
+                if (const TextArgument *a = take(TextArgument::Kind::type)) sayType(out, a->type);
                 break;
             case 's':
-                putText(out, va_arg(args, const char *));
+                if (const TextArgument *a = take(TextArgument::Kind::text)) putText(out, a->text);
                 break;
             case 'w':
-                putCoordinate(out, va_arg(args, const TyCoordinate *));
+                if (const TextArgument *a = take(TextArgument::Kind::coordinate))
+                    putCoordinate(out, a->coordinate);
                 break;
             case 'l':  // %llu, the one long directive
                 p += 2;
-                putNumber(out, va_arg(args, unsigned long long));
+                if (const TextArgument *a = take(TextArgument::Kind::number)) putNumber(out, a->number);
                 break;
             case '\0':
                 --p;
@@ -72,7 +75,6 @@ void say(TypeText &out, const char *format, ...) noexcept
                 break;
         }
     }
-    va_end(args);
 }
 
 }  // namespace tollan::rtcheck

@@ -11,28 +11,28 @@ namespace {
 struct BasicRow {
     Tynode *const *node;
     const char *name;
-    int32_t op;
     uint64_t size;
+    int32_t op;
     uint8_t align;
     bool marked;
 };
 
 const BasicRow kBasicRows[] = {
-    {&chartype, "char", 3, 1, 1, false},
-    {&doubletype, "double", 2, 8, 8, true},
-    {&floattype, "float", 1, 4, 4, true},
-    {&inttype, "int", 5, 4, 4, false},
-    {&int64type, "__int64", 112, 8, 8, false},
-    {&longdouble, "long double", 2, 8, 8, true},
-    {&longtype, "long", 5, 4, 4, false},
-    {&shorttype, "short", 4, 2, 2, false},
-    {&signedchar, "signed char", 3, 1, 1, false},
-    {&unsignedchar, "unsigned char", 3, 1, 1, false},
-    {&unsignedlong, "unsigned long", 6, 4, 4, false},
-    {&unsignedint64, "unsigned __int64", 113, 8, 8, false},
-    {&unsignedshort, "unsigned short", 4, 2, 2, false},
-    {&unsignedtype, "unsigned int", 6, 4, 4, false},
-    {&voidtype, "void", 8, 0, 0, false},
+    {&chartype, "char", 1, 3, 1, false},
+    {&doubletype, "double", 8, 2, 8, true},
+    {&floattype, "float", 4, 1, 4, true},
+    {&inttype, "int", 4, 5, 4, false},
+    {&int64type, "__int64", 8, 112, 8, false},
+    {&longdouble, "long double", 8, 2, 8, true},
+    {&longtype, "long", 4, 5, 4, false},
+    {&shorttype, "short", 2, 4, 2, false},
+    {&signedchar, "signed char", 1, 3, 1, false},
+    {&unsignedchar, "unsigned char", 1, 3, 1, false},
+    {&unsignedlong, "unsigned long", 4, 6, 4, false},
+    {&unsignedint64, "unsigned __int64", 8, 113, 8, false},
+    {&unsignedshort, "unsigned short", 2, 4, 2, false},
+    {&unsignedtype, "unsigned int", 4, 6, 4, false},
+    {&voidtype, "void", 0, 8, 0, false},
 };
 
 TEST(BasicTypes, EveryRowHasItsShapeAndAnInternedName)

@@ -53,6 +53,7 @@ TEST(InternedStrings, ManyDistinctTextsSurviveNewPools)
 {
     // Enough text to fill several 8 KiB pools, plus one longer than a pool.
     std::vector<const char *> kept;
+    kept.reserve(5000);
     for (int i = 0; i < 5000; ++i) kept.push_back(string(("name_" + std::to_string(i)).c_str()));
     const std::string big(20000, 'x');
     const char *bigCopy = string(big.c_str());

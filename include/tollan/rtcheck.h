@@ -197,17 +197,25 @@ TOLLAN_API uint64_t NumArrayEltsEx(const Tynode *ty) TOLLAN_NOEXCEPT;
  * 0 for types that hold no pointer. */
 TOLLAN_API uint64_t PtrSizeOf(const Tynode *ty) TOLLAN_NOEXCEPT;
 
-/* Strict type equality (1 equal, 0 not). `ret` is the answer when the two
- * types agree except that one side is incomplete: an array of unknown size
- * against a sized one, a function without a parameter list against one
- * whose parameters all survive the default promotions. Pass 1 to treat
- * those as equal. */
+/* Strict type equality (1 equal, 0 not). Qualifier and calling-convention
+ * layers are looked through. Two nodes of one code on the same `type` with
+ * the same size and alignment are equal: int and long, short and unsigned
+ * short, two struct tags of one layout (their symbols tell them apart).
+ * `ret` is the answer when two types agree except that one side is
+ * incomplete: an array of unknown size against a sized one, a function
+ * without a parameter list against one whose parameters all survive the
+ * default promotions. Pass 1 to treat those as equal. */
 TOLLAN_API int eqtype(const Tynode *ty1, const Tynode *ty2, int ret) TOLLAN_NOEXCEPT;
 
 /* Assignment compatibility (1 compatible, 0 not). A null type or
- * LCC_ANYTYPE on either side is compatible with everything. With `loose`,
- * nodes that differ in size but name the same family (double and long
- * double; int and long; unsigned int and unsigned long) are compatible. */
+ * LCC_ANYTYPE on either side is compatible with everything. One qualifier
+ * layer on one side only is looked through. As for eqtype, nodes of one code
+ * on the same `type` with the same size and alignment are compatible; the
+ * members of two struct or union types are compared only when their sizes
+ * or alignments differ (and not when either is incomplete or both share a
+ * tag symbol). With `loose`, nodes that differ in size but name the same
+ * family (double and long double; int and long; unsigned int and unsigned
+ * long) are compatible. */
 TOLLAN_API int AreCompatibleTypes(const Tynode *ty1, const Tynode *ty2, int loose) TOLLAN_NOEXCEPT;
 
 /* Writes the English text of a type ("pointer to array 10 of int") into

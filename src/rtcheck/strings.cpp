@@ -54,10 +54,13 @@ constexpr std::array<std::array<char, 3>, 100> makeNumberTexts() noexcept
 constexpr std::array<std::array<char, 3>, 100> kNumberTexts = makeNumberTexts();
 constexpr char kEmpty[] = "";
 
+// The whole hash rides along so that a walk down a long chain rejects most
+// entries without touching their text.
 struct Entry {
     const char *text;
     size_t length;
     Entry *next;
+    uint32_t hash;
 };
 
 struct Table {
@@ -91,11 +94,11 @@ const char *prebuilt(const char *s, size_t length) noexcept
     return nullptr;
 }
 
-uint32_t bucketOf(const char *s, size_t length) noexcept
+uint32_t hashOf(const char *s, size_t length) noexcept
 {
     uint32_t h = 0;
     for (size_t i = 0; i < length; ++i) h = kScatter[static_cast<unsigned char>(s[i])] + (h << 1);
-    return h & kBucketMask;
+    return h;
 }
 
 void reportOutOfMemory(const char *function) noexcept
@@ -142,11 +145,12 @@ const char *stringn(const char *s, size_t length) noexcept
     }
     if (const char *fixed = prebuilt(s, length)) return fixed;
 
-    const uint32_t bucket = bucketOf(s, length);
+    const uint32_t hash = hashOf(s, length);
+    const uint32_t bucket = hash & kBucketMask;
     Table &t = table();
     std::lock_guard guard(tableLock());
     for (Entry *e = t.buckets[bucket]; e != nullptr; e = e->next) {
-        if (e->length == length && std::memcmp(e->text, s, length) == 0) return e->text;
+        if (e->hash == hash && e->length == length && std::memcmp(e->text, s, length) == 0) return e->text;
     }
     Entry *entry = takeEntry(t);
     char *text = entry != nullptr ? takeCharacters(t, length + 1) : nullptr;
@@ -158,7 +162,7 @@ const char *stringn(const char *s, size_t length) noexcept
     }
     std::memcpy(text, s, length);
     text[length] = '\0';
-    *entry = Entry{text, length, t.buckets[bucket]};
+    *entry = Entry{text, length, t.buckets[bucket], hash};
     t.buckets[bucket] = entry;
     return text;
 }

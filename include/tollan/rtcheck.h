@@ -24,8 +24,9 @@ TOLLAN_BEGIN_DECLS
  *
  * Bad input: a null node where one is required, a node with an unknown
  * `op`, or a chain of `type` pointers that loops (or nests deeper than
- * TY_MAX_DEPTH layers) is reported through ZORAssert (module c/types) and
- * the query returns its failure value (0, or "not equal/compatible").
+ * TY_MAX_DEPTH layers) is reported through ZORAssert (module c/types;
+ * c/output for outtype and tokenrep, c/up_comp for PtrSizeOf) and the query
+ * returns its failure value (0, or "not equal/compatible").
  * ====================================================================== */
 
 /* Type constructor codes: the `op` of a Tynode. tokenrep prints each one as

@@ -1,7 +1,8 @@
 /*
  * Run-time checking: what compiled debug code and the checked twins of the
- * library functions call to check pointers and arguments, and where their
- * errors are reported.
+ * library functions call to check pointers and arguments, where their errors
+ * are reported, and the type nodes that describe what they check: the
+ * interface for code generators and for tools that instrument C code.
  *
  * Thread safety: break settings belong to the calling thread. Reports may
  * come from any thread at once; each uses its own thread's settings and
@@ -91,6 +92,226 @@ TOLLAN_API void __SetUPErrorFile(void *stream) TOLLAN_NOEXCEPT;
  * resumes it; without a debugger nothing happens.
  */
 TOLLAN_API void Breakpoint(void) TOLLAN_NOEXCEPT;
+
+/* ======================================================================
+ * Type nodes
+ *
+ * Checked code describes the C type of every pointer it hands to the
+ * library with a Tynode: one record per type, whose `op` is a token code of
+ * the instrumenting compiler's C grammar, chained through `type` to the
+ * type it is built on. The library builds the basic types at start-up (the
+ * globals below); compiled code builds its own nodes in its own storage
+ * with _InitTynode. Nodes are never freed while the library is loaded.
+ *
+ * Thread safety: the queries only read nodes, so any thread may call them;
+ * nodes must not change while a query reads them.
+ *
+ * Bad input: a null node where one is required, a node with an unknown
+ * `op`, or a chain of `type` pointers that loops (or nests deeper than
+ * TY_MAX_DEPTH layers) is reported through ZORAssert (module c/types;
+ * c/output for outtype and tokenrep, c/up_comp for PtrSizeOf) and the query
+ * returns its failure value (0, or "not equal/compatible").
+ * ====================================================================== */
+
+/* Type constructor codes: the `op` of a Tynode. tokenrep prints each one as
+ * its keyword. */
+enum {
+    LCC_FLOAT = 1,
+    LCC_DOUBLE = 2,   /* also long double */
+    LCC_CHAR = 3,     /* char, signed char, unsigned char */
+    LCC_SHORT = 4,    /* short and unsigned short */
+    LCC_INT = 5,      /* also long */
+    LCC_UNSIGNED = 6, /* unsigned int, unsigned long */
+    LCC_POINTER = 7,
+    LCC_VOID = 8,
+    LCC_STRUCT = 9,
+    LCC_UNION = 10,
+    LCC_FUNCTION = 11,
+    LCC_ARRAY = 12,
+    LCC_ENUM = 13,
+    LCC_CONST = 15,      /* qualifier layer */
+    LCC_VOLATILE = 16,   /* qualifier layer */
+    LCC_ANYTYPE = 17,    /* wildcard: compatible with every type */
+    LCC_RESTRICT = 19,   /* qualifier layer */
+    LCC_PASCAL = 100,    /* calling-convention layer */
+    LCC_STDCALL = 101,   /* calling-convention layer */
+    LCC_CDECL = 102,     /* calling-convention layer */
+    LCC_LONGLONG = 112,  /* __int64 */
+    LCC_ULONGLONG = 113, /* unsigned __int64 */
+    LCC_FASTCALL = 115   /* calling-convention layer */
+};
+
+/* Layers of `type` pointers a query follows before it gives up on a chain
+ * as cyclic. */
+#define TY_MAX_DEPTH 200
+
+/* Symbol flags: the low four bits are the symbol kind; TY_SYMBOL_MARK is the
+ * per-type mark (set for double, float, long double and "char[]"). */
+#define TY_SYMBOL_KIND_MASK 0xFu
+#define TY_SYMBOL_KIND_TYPE 14u
+#define TY_SYMBOL_MARK 0x2000u
+/* The storage class of typedef and tag symbols (the ones findtype finds). */
+#define TY_CLASS_TYPE 'S'
+
+typedef struct Tynode Tynode;
+typedef struct TySymbol TySymbol;
+
+/* A source position: file name (may be null), line and column. */
+typedef struct TyCoordinate {
+    const char *file;
+    uint32_t line;
+    uint32_t column;
+} TyCoordinate;
+
+/* A member of a struct or union, in declaration order through `link`. */
+typedef struct TyField {
+    const char *name; /* compared by address: names are interned */
+    Tynode *type;
+    uint64_t offset;    /* bytes from the start of the record */
+    uint16_t bitSize;   /* bit-field width; 0 for an ordinary member */
+    uint16_t bitOffset; /* bit-field position within its unit */
+    struct TyField *link;
+} TyField;
+
+/* The parameter list of a function type: `count` types, and whether "..."
+ * follows them. */
+typedef struct TyParams {
+    Tynode *const *types;
+    uint32_t count;
+    uint32_t variadic;
+} TyParams;
+
+/* A symbol: the name of a type (basic type, typedef, struct/union/enum tag)
+ * or, for a function type, the carrier of its parameter list. */
+struct TySymbol {
+    uint32_t flags;         /* kind in the low four bits; TY_SYMBOL_MARK */
+    char sclass;            /* TY_CLASS_TYPE for typedefs and tags */
+    int32_t level;          /* scope level; 0 is file scope */
+    const char *name;       /* interned; a tag name beginning with 1-9 is anonymous */
+    Tynode *type;           /* the type the symbol names */
+    TyCoordinate defined;   /* where the type was defined */
+    TyField *fields;        /* struct/union tags: the members, null until defined */
+    const TyParams *params; /* function types: null when there is no prototype */
+    TySymbol *link;         /* next symbol of the same scope chain */
+};
+
+/* The type node. `size` 0 means incomplete; `align` is 0 only for void. */
+struct Tynode {
+    int32_t op;
+    Tynode *type; /* pointee, element, result or qualified type; null for basic types */
+    TySymbol *sym;
+    uint64_t size;
+    /* Per-kind data: for an array, extra[0] != 0 marks an incomplete array
+     * (declared without a size). */
+    uintptr_t extra[2];
+    uint8_t align;
+};
+
+/* What every pointer type shares: size, alignment, the mark of the pointer
+ * name symbol, and that symbol ("T*"). */
+typedef struct TyPointerMetrics {
+    uint64_t size;
+    uint8_t align;
+    uint32_t mark;
+    TySymbol *sym;
+} TyPointerMetrics;
+
+/* The types built at start-up. Null until the library has started. */
+TOLLAN_API extern Tynode *chartype;
+TOLLAN_API extern Tynode *doubletype;
+TOLLAN_API extern Tynode *floattype;
+TOLLAN_API extern Tynode *inttype;
+TOLLAN_API extern Tynode *int64type;
+TOLLAN_API extern Tynode *longdouble;
+TOLLAN_API extern Tynode *longtype;
+TOLLAN_API extern Tynode *shorttype;
+TOLLAN_API extern Tynode *signedchar;
+TOLLAN_API extern Tynode *unsignedchar;
+TOLLAN_API extern Tynode *unsignedlong;
+TOLLAN_API extern Tynode *unsignedint64;
+TOLLAN_API extern Tynode *unsignedshort;
+TOLLAN_API extern Tynode *unsignedtype;
+TOLLAN_API extern Tynode *voidtype;
+/* Pointers to void, char, double, float, int, __int64, short, unsigned
+ * char, unsigned short, unsigned int and unsigned __int64. */
+TOLLAN_API extern Tynode *voidptype;
+TOLLAN_API extern Tynode *charptype;
+TOLLAN_API extern Tynode *doubleptype;
+TOLLAN_API extern Tynode *floatptype;
+TOLLAN_API extern Tynode *intptype;
+TOLLAN_API extern Tynode *int64ptype;
+TOLLAN_API extern Tynode *shortptype;
+TOLLAN_API extern Tynode *unsignedcharptype;
+TOLLAN_API extern Tynode *unsignedshortptype;
+TOLLAN_API extern Tynode *unsignedptype;
+TOLLAN_API extern Tynode *unsignedint64ptype;
+/* char *[2] and void *[3]: their sizes are the sizes of a block header (16)
+ * and of a pointer-information record (24). */
+TOLLAN_API extern Tynode *charptrarray2type;
+TOLLAN_API extern Tynode *voidptrarray3type;
+/* void **, char *(*)[2] and char **. */
+TOLLAN_API extern Tynode *voidpptype;
+TOLLAN_API extern Tynode *charptrarray2ptype;
+TOLLAN_API extern Tynode *charpptype;
+/* Alias slots: the unsigned __int64 node (size_t, uintptr_t) and the __int64
+ * node (ptrdiff_t, intptr_t). */
+TOLLAN_API extern Tynode *sizetype;
+TOLLAN_API extern Tynode *uintptrtype;
+TOLLAN_API extern Tynode *ptrdifftype;
+TOLLAN_API extern Tynode *intptrtype;
+/* The pointer metrics and the "char[]" name symbol. */
+TOLLAN_API extern TyPointerMetrics ptrmetric;
+TOLLAN_API extern TySymbol *chararraysym;
+
+/* Builds a node in the caller's storage: copies the whole template into
+ * `node`, then stores `size`, and `type` when it is not null. A null node or
+ * template is reported and nothing is written. */
+TOLLAN_API void _InitTynode(Tynode *node, const Tynode *templ, uint64_t size, Tynode *type) TOLLAN_NOEXCEPT;
+
+/* The size of an array type (qualifier layers are looked through); 0 when
+ * it is not an array. */
+TOLLAN_API uint64_t ArraySizeEx(const Tynode *ty) TOLLAN_NOEXCEPT;
+/* The element size of a pointer or array type. When the element is an
+ * array of unknown size, that array's size (0 stays 0). */
+TOLLAN_API uint64_t ArrayEltSizeEx(const Tynode *ty) TOLLAN_NOEXCEPT;
+/* The number of elements of an array type; 0 when the element size is 0. */
+TOLLAN_API uint64_t NumArrayEltsEx(const Tynode *ty) TOLLAN_NOEXCEPT;
+
+/* The bytes of pointer information an object of this type needs: 24 for a
+ * pointer, a 16-byte header for a struct or array plus its parts' needs,
+ * 0 for types that hold no pointer. */
+TOLLAN_API uint64_t PtrSizeOf(const Tynode *ty) TOLLAN_NOEXCEPT;
+
+/* Strict type equality (1 equal, 0 not). Qualifier and calling-convention
+ * layers are looked through. Two nodes of one code on the same `type` with
+ * the same size and alignment are equal: int and long, short and unsigned
+ * short, two struct tags of one layout (their symbols tell them apart).
+ * `ret` is the answer when two types agree except that one side is
+ * incomplete: an array of unknown size against a sized one, a function
+ * without a parameter list against one whose parameters all survive the
+ * default promotions. Pass 1 to treat those as equal. */
+TOLLAN_API int eqtype(const Tynode *ty1, const Tynode *ty2, int ret) TOLLAN_NOEXCEPT;
+
+/* Assignment compatibility (1 compatible, 0 not). A null type or
+ * LCC_ANYTYPE on either side is compatible with everything. One qualifier
+ * layer on one side only is looked through. As for eqtype, nodes of one code
+ * on the same `type` with the same size and alignment are compatible; the
+ * members of two struct or union types are compared only when their sizes
+ * or alignments differ (and not when either is incomplete or both share a
+ * tag symbol). With `loose`, nodes that differ in size but name the same
+ * family (double and long double; int and long; unsigned int and unsigned
+ * long) are compatible. */
+TOLLAN_API int AreCompatibleTypes(const Tynode *ty1, const Tynode *ty2, int loose) TOLLAN_NOEXCEPT;
+
+/* Writes the English text of a type ("pointer to array 10 of int") into
+ * buffer, cut to bufferSize - 1 characters and always terminated (nothing is
+ * written when bufferSize is 0). Returns the length of the whole text, so a
+ * result >= bufferSize means that the text was cut. */
+TOLLAN_API size_t outtype(const Tynode *ty, char *buffer, size_t bufferSize) TOLLAN_NOEXCEPT;
+
+/* The text of a token code of the grammar (codes are taken modulo 128):
+ * "int", "const", "->", ... An unused code is reported and gives "". */
+TOLLAN_API const char *tokenrep(int32_t token) TOLLAN_NOEXCEPT;
 
 TOLLAN_END_DECLS
 

@@ -11,5 +11,6 @@
 #include <tollan/rs232.h>
 #include <tollan/debugger.h>
 #include <tollan/ansi_c.h>
+#include <tollan/rtcheck.h>
 
 #endif

@@ -26,6 +26,7 @@
 #include "debugger/library.h"
 #include "fmtio/library.h"
 #include "rs232/library.h"
+#include "rtcheck/library.h"
 #include "services/character_classes.h"
 #include "services/memory.h"
 #include "stdc/code_page.h"
@@ -59,6 +60,11 @@ constexpr StartupStep kSteps[] = {
      .onFailure = AttachFailure::closeAndRefuse,
      .cleanup = {CleanupPhase::afterClose, 0, CleanupZORRTEHasBeenDetachedShmem,
                  "CleanupZORRTEHasBeenDetachedShmem returned"}},
+    {.name = "InitRTEBasicTypes",
+     .stage = Stage::processAttach,
+     .initOnce = rtcheck::InitRTEBasicTypes,
+     .trace = "InitRTEBasicTypes returned",
+     .onFailure = AttachFailure::refuse},
 
     // --- WInitApp ------------------------------------------------------
     {.name = "QXInitMainThreadId",

@@ -170,6 +170,7 @@ TEST(StartupTrace, AttachThreadDetachAndDetachLinesComeInOrder)
         {"TEMP|InitRTDll", "WInitRTDll returned."},
         {"DLLMAIN|DllMain", "InitRTDll returned"},
         {"DLLMAIN|DllMain", "SetupZORRTEHasBeenDetachedShmem returned"},
+        {"DLLMAIN|DllMain", "InitRTEBasicTypes returned"},
         {"DLLMAIN|DllMain", "Returning 1"},
         {"DLLMAIN|DllMain", "DLL_THREAD_DETACH: thread "},
         {"DLLMAIN|DllMain", "Returning 1"},

@@ -23,7 +23,8 @@ TEST(Clock, CounterAndTickAdvanceTogether)
     const int64_t counted = (after - before) * 1000 / frequency;
     EXPECT_GE(counted, 49);
     EXPECT_LT(counted, 2000);
-    EXPECT_GE(ticks, 40u);  // GetTickCount moves in steps of up to 16 ms
+    // GetTickCount moves in steps of up to 16 ms: 50 ms can read as 34.
+    EXPECT_GE(ticks, 34u);
     EXPECT_LT(ticks, 2000u);
 }
 

@@ -62,6 +62,35 @@ Entry *openEntry(int descriptor) noexcept
     return entry;
 }
 
+// One call's hold on an open descriptor (3 and up) whose open flags allow
+// `access` (lowflag::kRead, lowflag::kWrite or 0): its entry, locked until
+// the call returns. False, with errno 9, for any other number.
+class LockedEntry {
+public:
+    LockedEntry(int descriptor, uint32_t access) noexcept : entry_(openEntry(descriptor))
+    {
+        if (entry_ == nullptr) return;
+        entry_->lock.lock();
+        if (!entry_->inUse.load(std::memory_order_relaxed) || (entry_->flags & access) != access) {
+            entry_->lock.unlock();
+            entry_ = nullptr;
+            setErrno(EBADF);
+        }
+    }
+    ~LockedEntry()
+    {
+        if (entry_ != nullptr) entry_->lock.unlock();
+    }
+    LockedEntry(const LockedEntry &) = delete;
+    LockedEntry &operator=(const LockedEntry &) = delete;
+    explicit operator bool() const noexcept { return entry_ != nullptr; }
+    Entry *operator->() const noexcept { return entry_; }
+    Entry *get() const noexcept { return entry_; }
+
+private:
+    Entry *entry_;
+};
+
 // A free entry, marked in use; its index in *index. Null when the list is full.
 Entry *claimEntry(int *index) noexcept
 {
@@ -261,34 +290,16 @@ int64_t readDescriptor(int descriptor, void *buffer, size_t count, uint32_t flag
         const bool text = (flags & lowflag::kBinary) == 0 && platform::standardFilesUseCrLf();
         return readFrom(file, bytes, count, text, &standardInputHeld);
     }
-    if (descriptor < kFirstDescriptor) {
-        setErrno(EBADF);
-        return -1;
-    }
-    Entry *entry = openEntry(descriptor);
-    if (entry == nullptr) return -1;
-    std::lock_guard hold(entry->lock);
-    if ((entry->flags & lowflag::kRead) == 0) {
-        setErrno(EBADF);
-        return -1;
-    }
+    LockedEntry entry(descriptor, lowflag::kRead);
+    if (!entry) return -1;
     return readFrom(entry->file, bytes, count, (flags & lowflag::kBinary) == 0, &entry->heldByte);
 }
 
 int64_t writeDescriptor(int descriptor, const void *bytes, size_t count, uint32_t flags) noexcept
 {
     if (descriptor == 1 || descriptor == 2) return writeStandard(descriptor, bytes, count, flags);
-    if (descriptor < kFirstDescriptor) {
-        setErrno(EBADF);
-        return -1;
-    }
-    Entry *entry = openEntry(descriptor);
-    if (entry == nullptr) return -1;
-    std::lock_guard hold(entry->lock);
-    if ((entry->flags & lowflag::kWrite) == 0) {
-        setErrno(EBADF);
-        return -1;
-    }
+    LockedEntry entry(descriptor, lowflag::kWrite);
+    if (!entry) return -1;
     if ((flags & lowflag::kAppend) != 0 && entry->diskFile) {
         int64_t end = 0;
         if (const platform::FileError error =
@@ -303,13 +314,12 @@ int64_t writeDescriptor(int descriptor, const void *bytes, size_t count, uint32_
 int64_t seekDescriptor(int descriptor, int64_t offset, int whence) noexcept
 {
     if (descriptor < kFirstDescriptor) return 0;
-    Entry *entry = openEntry(descriptor);
-    if (entry == nullptr) return -1;
+    LockedEntry entry(descriptor, 0);
+    if (!entry) return -1;
     if (whence < 0 || whence > 2) {
         setErrno(EINVAL);
         return -1;
     }
-    std::lock_guard hold(entry->lock);
     // A byte held back by a text read was read from the file already.
     if (whence == 1 && entry->heldByte >= 0) --offset;
     int64_t position = 0;
@@ -323,19 +333,10 @@ int64_t seekDescriptor(int descriptor, int64_t offset, int whence) noexcept
 
 int closeDescriptor(int descriptor) noexcept
 {
-    if (descriptor < kFirstDescriptor) {
-        setErrno(EBADF);
-        return -1;
-    }
-    Entry *entry = openEntry(descriptor);
-    if (entry == nullptr) return -1;
-    std::lock_guard hold(entry->lock);
-    if (!entry->inUse.load(std::memory_order_relaxed)) {
-        setErrno(EBADF);
-        return -1;
-    }
+    LockedEntry entry(descriptor, 0);
+    if (!entry) return -1;
     const platform::FileError error = platform::closeFile(entry->file);
-    __ZOR_Resource_Release(entry);
+    __ZOR_Resource_Release(entry.get());
     entry->file = platform::kNoFile;
     entry->inUse.store(false, std::memory_order_release);
     return error == platform::FileError::none ? 0 : static_cast<int>(failed(error));
@@ -350,9 +351,8 @@ int commitDescriptor(int descriptor) noexcept
 int descriptorAtEnd(int descriptor) noexcept
 {
     if (descriptor < kFirstDescriptor) return 0;
-    Entry *entry = openEntry(descriptor);
-    if (entry == nullptr) return -1;
-    std::lock_guard hold(entry->lock);
+    LockedEntry entry(descriptor, 0);
+    if (!entry) return -1;
     if (entry->heldByte >= 0) return 0;
     int64_t here = 0;
     int64_t end = 0;

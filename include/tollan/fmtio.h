@@ -206,6 +206,173 @@ TOLLAN_API void StringLowerCase(char *string) TOLLAN_NOEXCEPT;
 /* Turns every lower-case character of string into upper case, in place. */
 TOLLAN_API void StringUpperCase(char *string) TOLLAN_NOEXCEPT;
 
+/* ---- the format language: parser interface for checking tools -------------
+ *
+ * Fmt and Scan describe their conversions in a format language of their own
+ * (docs/format-language.md). Its parser is published here for tools that
+ * check calls against their format strings: generate_arg_types says how many
+ * arguments of which kinds a format string asks for, and ParseFormatItem
+ * walks it one item at a time, as the engines do. */
+
+/* The most arguments one format string may ask for after the format itself. */
+#define TOLLAN_FMT_MAX_ARGS 30
+
+/* Item kinds. */
+enum { FMT_ITEM_INTEGER = 1, FMT_ITEM_REAL = 2, FMT_ITEM_STRING = 3, FMT_ITEM_LITERAL = 4 };
+
+/* How a number of an item was given (its marker): not given (the default
+ * applies), as decimal digits, or a positive k: by '*', taken from the k-th
+ * argument (1-based index into the argument-type table). */
+enum { FMT_MARKER_DEFAULT = 0, FMT_MARKER_LITERAL = -1, FMT_MARKER_ERROR = -2 };
+
+/* One parsed item. The common part comes first; the part named after the
+ * kind follows. Numbers that are "unlimited" hold INT64_MAX. */
+typedef struct FormatItem {
+    uint8_t kind;             /* FMT_ITEM_... */
+    int8_t sizeMarker;        /* markers: FMT_MARKER_... or a '*' index */
+    int8_t iMarker;
+    int8_t jMarker;
+    int8_t widthMarker;
+    int8_t repetitionMarker;  /* non-zero: the item is an array */
+    uint8_t parameterIndex;   /* 1-based entry of the item's own parameter; 0 none */
+    uint32_t jValue;          /* default 0, at most 256 */
+    const char *position;     /* where the modifier being parsed starts; a literal's start */
+    int64_t size;             /* element size in bytes: integer 4, real 8, string unlimited;
+                                 a literal's length */
+    uint32_t iValue;          /* default 0 */
+    int64_t width;            /* default unlimited */
+    uint32_t repetitionCount; /* default 1 */
+    int64_t reservedCount;    /* 0 */
+    int64_t reservedLimit;    /* unlimited */
+    uint8_t xFlag;
+    uint8_t zFlag;
+    union {
+        struct {
+            uint32_t radix;       /* 10 d i, 8 o, 16 x, 256 c */
+            int8_t radixMarker;
+            uint8_t isSigned;     /* 1 d i; 0 o x c */
+            uint8_t padCharacter; /* blank */
+            uint8_t byteOrder[8]; /* byte number 0..3 per position, 255 unset */
+        } integer;
+        struct {
+            uint32_t precision;   /* 65535: not given */
+            int8_t precisionMarker;
+            uint8_t rtFlag;
+            uint8_t exponential;  /* 0 fixed notation */
+            int8_t exponentDigitsMarker;
+            uint32_t exponentDigits; /* default 3 */
+        } real;
+        struct {
+            uint8_t qByte;        /* blank; q makes it 0 */
+            uint8_t lineFlag;     /* 1 for l, 0 for s, 2 with the c modifier */
+            uint8_t aFlag;
+            uint8_t terminatorSet;
+            uint8_t yFlag;
+            uint8_t characterSet[32]; /* bit (c & 7) of byte c >> 3: set = c may
+                                         be part of the string */
+        } string;
+    } as;
+} FormatItem;
+
+/* One argument that a format string asks for. */
+typedef struct ArgTypeEntry {
+    uint16_t kind;        /* FMT_ITEM_INTEGER, _REAL or _STRING */
+    uint8_t isArray;      /* the item has a repetition count */
+    uint64_t elementSize; /* bytes; 1 for strings; 4 for '*' integers */
+    uint8_t fromAsterisk; /* an integer consumed by a '*' */
+} ArgTypeEntry;
+
+/* Results of ParseFormatItem. */
+enum {
+    FMT_PARSED_FIRST_ITEM = 0,    /* the first item, and the separator after it */
+    FMT_PARSED_SEPARATOR = 1,     /* the string began with the separator */
+    FMT_PARSED_ITEM = 2,
+    FMT_PARSE_ERROR = 3,
+    FMT_PARSE_END = 4
+};
+
+/* The format language's message numbers: the parser's, the engines' and
+ * those of argument checking, with their texts in the library's message
+ * table. */
+typedef enum FmtErrorCode {
+    FMT_ERR_ILLEGAL_SEPARATOR = 206,
+    FMT_ERR_MISSING_INTEGER = 207,
+    FMT_ERR_TOO_MANY_ARGUMENTS = 208,
+    FMT_ERR_INTEGER_TOO_BIG = 209,
+    FMT_ERR_REPEAT_WITH_STRING = 210,
+    FMT_ERR_LINE_IN_FMT = 211,
+    FMT_ERR_MISSING_BRACKET = 212,
+    FMT_ERR_B_AFTER_O = 213,
+    FMT_ERR_INTEGER_SIZE = 214,
+    FMT_ERR_DISCARD_IN_FMT = 215,
+    FMT_ERR_BYTE_ORDER = 216,
+    FMT_ERR_Z_WITHOUT_REP = 217,
+    FMT_ERR_UNKNOWN_MODIFIER = 218,
+    FMT_ERR_UNEXPECTED_END = 219,
+    FMT_ERR_C_WITHOUT_LINE = 220,
+    FMT_ERR_WIDTH_WITH_LINE = 221,
+    FMT_ERR_REAL_SIZE = 222,
+    FMT_ERR_UNKNOWN_SPECIFIER = 223,
+    FMT_ERR_PRINTF_H_MODIFIER = 224,
+    FMT_ERR_PRINTF_L_MODIFIER = 225,
+    FMT_ERR_PRINTF_LONG_DOUBLE_MODIFIER = 226,
+    FMT_ERR_SCANF_L_MODIFIER = 227,
+    FMT_ERR_PRINTF_I64_MODIFIER = 228,
+    FMT_ERR_PRINTF_HASH_FLAG = 229,
+    FMT_ERR_PRINTF_ZERO_FLAG = 230,
+    FMT_ERR_REFERENCE_EXPECTED = 231,
+    FMT_ERR_VALUE_EXPECTED = 232,
+    FMT_ERR_UNINITIALIZED_STRING = 233,
+    FMT_ERR_INCOMPATIBLE_PARAMETER = 234,
+    FMT_ERR_TOO_MANY_PARAMETERS = 235,
+    FMT_ERR_NOT_ENOUGH_PARAMETERS = 236,
+    FMT_ERR_SIMPLE_ARRAY_CONFLICT = 237,
+    FMT_ERR_WRITE_PAST_ARRAY = 238,
+    FMT_ERR_WRITE_PAST_STRING = 239,
+    FMT_ERR_ASTERISK_NOT_INTEGER = 240,
+    FMT_ERR_READ_PAST_ARRAY = 241,
+    FMT_ERR_READ_PAST_STRING = 242,
+    FMT_ERR_Z_REQUIRED = 243,
+    FMT_ERR_WIDTH_TOO_SMALL = 244,
+    FMT_ERR_NO_INTEGER = 245,
+    FMT_ERR_INTEGER_ABSOLUTE_OVERFLOW = 246,
+    FMT_ERR_INTEGER_SIGNED_OVERFLOW = 247,
+    FMT_ERR_FLOAT_OVERFLOW = 248,
+    FMT_ERR_WIDTH_EXCEEDED = 249,
+    FMT_ERR_NEGATIVE_WIDTH = 250,
+    FMT_ERR_NO_REAL = 251,
+    FMT_ERR_UNINITIALIZED_POINTER = 252,
+    FMT_ERR_INVALID_POINTER = 253,
+    FMT_ERR_FREED_POINTER = 254,
+    FMT_ERR_NULL_POINTER = 255,
+    FMT_ERR_ILLEGAL_ASTERISK_VALUE = 256,
+    FMT_ERR_AT_CHARACTER = 257,
+    FMT_ERR_AT_CHARACTER_WITH_TEXT = 258,
+    FMT_ERR_PARAMETER_TYPE_MISMATCH = 259
+} FmtErrorCode;
+
+/* Parses the whole format string (length bytes at format) of the Scan family
+ * (isScan non-zero) or the Fmt family, and fills table (room for
+ * TOLLAN_FMT_MAX_ARGS entries; NULL only counts).
+ * Returns the number of arguments the format asks for, or on a parse error
+ * the negated byte offset of the offending character (0 or below), with its
+ * message number in *errorCode. */
+TOLLAN_API int32_t generate_arg_types(const char *format, size_t length, ArgTypeEntry *table, int32_t isScan,
+                                      int32_t *errorCode) TOLLAN_NOEXCEPT;
+
+/* Parses the item at *cursor (before end), advances *cursor past it, fills
+ * *item and appends the item's arguments to table (may be NULL) and to
+ * *entryCount. isFirst: the cursor is at the start of the string. Returns
+ * FMT_PARSED_..., FMT_PARSE_ERROR (with *errorCode, *cursor at the offending
+ * character) or FMT_PARSE_END. */
+TOLLAN_API int32_t ParseFormatItem(const char **cursor, const char *end, ArgTypeEntry *table,
+                                   int32_t *entryCount, int32_t isScan, int32_t isFirst, FormatItem *item,
+                                   int32_t *errorCode) TOLLAN_NOEXCEPT;
+
+/* The name of a parameter type code, as the checking messages use it
+ * ("int", "pointer to void", ...); "" for a code without one. */
+TOLLAN_API const char *GetTypeString(int32_t code) TOLLAN_NOEXCEPT;
+
 TOLLAN_END_DECLS
 
 #endif

@@ -19,7 +19,6 @@ namespace {
 constexpr size_t kBucketCount = 32768;
 constexpr uint32_t kBucketMask = kBucketCount - 1;
 constexpr size_t kPoolReserve = 8192;
-constexpr size_t kEntriesPerBlock = 512;
 
 // 256 fixed pseudo-random words (splitmix64 from a fixed seed): each byte
 // value scatters over the bucket bits.
@@ -54,21 +53,29 @@ constexpr std::array<std::array<char, 3>, 100> makeNumberTexts() noexcept
 constexpr std::array<std::array<char, 3>, 100> kNumberTexts = makeNumberTexts();
 constexpr char kEmpty[] = "";
 
-// The whole hash rides along so that a walk down a long chain rejects most
-// entries without touching their text.
-struct Entry {
-    const char *text;
-    size_t length;
-    Entry *next;
+// A chain is an array of slots rather than a linked list: with a million
+// names each chain holds about 30, and a walk through one contiguous array
+// costs a few cache lines where a list costs a miss per name. The whole hash
+// rides along so that the walk rejects most slots without touching their
+// text.
+struct Slot {
     uint32_t hash;
+    uint32_t length;
+    const char *text;
 };
 
+struct Chain {
+    Slot *slots = nullptr;
+    uint32_t count = 0;
+    uint32_t capacity = 0;
+};
+
+constexpr uint32_t kFirstChainCapacity = 4;
+
 struct Table {
-    std::array<Entry *, kBucketCount> buckets{};
+    std::array<Chain, kBucketCount> buckets{};
     char *poolNext = nullptr;
     char *poolEnd = nullptr;
-    Entry *entriesNext = nullptr;
-    Entry *entriesEnd = nullptr;
 };
 
 Table &table() noexcept
@@ -122,15 +129,18 @@ char *takeCharacters(Table &t, size_t bytes) noexcept
     return room;
 }
 
-Entry *takeEntry(Table &t) noexcept
+// Makes room for one more slot in chain; false without memory.
+bool roomForSlot(Chain &chain) noexcept
 {
-    if (t.entriesNext == t.entriesEnd) {
-        auto *block = static_cast<Entry *>(services::allocateBlock(kEntriesPerBlock * sizeof(Entry)));
-        if (block == nullptr) return nullptr;
-        t.entriesNext = block;
-        t.entriesEnd = block + kEntriesPerBlock;
-    }
-    return t.entriesNext++;
+    if (chain.count < chain.capacity) return true;
+    const uint32_t capacity = chain.capacity == 0 ? kFirstChainCapacity : chain.capacity * 2;
+    auto *slots = static_cast<Slot *>(services::allocateBlock(capacity * sizeof(Slot)));
+    if (slots == nullptr) return false;
+    if (chain.count != 0) std::memcpy(slots, chain.slots, chain.count * sizeof(Slot));
+    services::freeBlock(chain.slots);
+    chain.slots = slots;
+    chain.capacity = capacity;
+    return true;
 }
 
 }  // namespace
@@ -146,24 +156,22 @@ const char *stringn(const char *s, size_t length) noexcept
     if (const char *fixed = prebuilt(s, length)) return fixed;
 
     const uint32_t hash = hashOf(s, length);
-    const uint32_t bucket = hash & kBucketMask;
     Table &t = table();
     std::lock_guard guard(tableLock());
-    for (Entry *e = t.buckets[bucket]; e != nullptr; e = e->next) {
-        if (e->hash == hash && e->length == length && std::memcmp(e->text, s, length) == 0) return e->text;
+    Chain &chain = t.buckets[hash & kBucketMask];
+    const auto length32 = static_cast<uint32_t>(length);
+    for (const Slot *slot = chain.slots, *end = chain.slots + chain.count; slot != end; ++slot) {
+        if (slot->hash == hash && slot->length == length32 && std::memcmp(slot->text, s, length) == 0)
+            return slot->text;
     }
-    Entry *entry = takeEntry(t);
-    char *text = entry != nullptr ? takeCharacters(t, length + 1) : nullptr;
+    char *text = roomForSlot(chain) ? takeCharacters(t, length + 1) : nullptr;
     if (text == nullptr) {
-        // An entry taken without its text goes back for the next miss.
-        if (entry != nullptr) --t.entriesNext;
         reportOutOfMemory("stringn");
         return nullptr;
     }
     std::memcpy(text, s, length);
     text[length] = '\0';
-    *entry = Entry{text, length, t.buckets[bucket], hash};
-    t.buckets[bucket] = entry;
+    chain.slots[chain.count++] = Slot{hash, length32, text};
     return text;
 }
 

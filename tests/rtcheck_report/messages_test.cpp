@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstring>
 #include <string>
+
+#include <tollan/rtcheck.h>
 
 #include "services/messages.h"
 #include "rtcheck/report_message.h"
@@ -151,9 +154,27 @@ TEST(RunTimeCheckingMessages, PointerSizedPlaceholdersFormatSixtyFourBits)
     EXPECT_STREQ(text, "Library function error (status == -3 [0xfffffffffffffffd]).");
     formatMessage(text, sizeof text, 118, intptr_t{-4294967296});
     EXPECT_STREQ(text, "Negative array index (-4294967296).");
-    // The type directive is left as it stands and takes no argument.
-    formatMessage(text, sizeof text, 106);
-    EXPECT_STREQ(text, "Invalid argument type: found '%t', expected '%t'.");
+}
+
+// The messages that name types write each type as outtype does, and a short
+// buffer cuts the text wherever it ends, inside a type name too.
+TEST(RunTimeCheckingMessages, TypeDirectivesWriteTheTypes)
+{
+    ASSERT_NE(intptype, nullptr);
+    const std::string whole =
+        "Invalid argument type: found 'pointer to int', expected 'array 2 of pointer to char'.";
+    char text[256];
+    const int length = formatMessage(text, sizeof text, 106, intptype, charptrarray2type);
+    EXPECT_EQ(text, whole);
+    EXPECT_EQ(length, static_cast<int>(whole.size()));
+    formatMessage(text, sizeof text, 149, doubletype);
+    EXPECT_STREQ(text, "Not enough space for casting expression to 'pointer to double'.");
+    for (size_t size : {size_t{1}, size_t{20}, size_t{33}, size_t{40}}) {
+        char cut[64];
+        std::memset(cut, 'x', sizeof cut);
+        EXPECT_EQ(formatMessage(cut, size, 106, intptype, charptrarray2type), length);
+        EXPECT_EQ(std::string(cut), whole.substr(0, size - 1)) << size;
+    }
 }
 
 }  // namespace

@@ -29,8 +29,9 @@ TOLLAN_BEGIN_DECLS
 /*
  * Reports a run-time checking error: message msgnum of the library message
  * table (104 to 204), its placeholders filled from the further arguments
- * (printf rules with "%Iu", "%Id" and "%Ix" for pointer-sized integers; "%t"
- * is not formatted yet and stays as it stands). Nothing happens below
+ * (printf rules with "%Iu", "%Id" and "%Ix" for pointer-sized integers; in
+ * the messages that name types, "%t" takes a const Tynode * and writes it as
+ * outtype does). Nothing happens below
  * debugging level 2 or while the thread's break on protection errors is off.
  * line and col become the thread's error position. A number outside the
  * table reports "Unknown message number". A severity of 0 or below reports

@@ -1,18 +1,18 @@
 // Execution contexts: the location block and checking environment of code
 // that runs on behalf of another context (a callback run from the library,
 // an interrupt routine), saved and restored around it.
+#include <atomic>
 #include <cstring>
 
 #include <tollan/debugger.h>
 
 #include "debugger/channel.h"
 #include "debugger/debug_control.h"
+#include "debugger/error_reporter.h"
 #include "debugger/events.h"
 #include "debugger/runtime_record.h"
 #include "debugger/thread_env.h"
-#include "logger/log.h"
 #include "services/memory.h"
-#include "services/messages.h"
 
 namespace tollan::debugger {
 namespace {
@@ -21,6 +21,9 @@ constexpr int32_t kNoContext = -1;
 constexpr int32_t kContexts = 4;
 constexpr int32_t kEnvironments = 2;
 constexpr int32_t kStackCorruptionMessage = 200;
+constexpr int32_t kNonFatal = 2;
+
+std::atomic<RunTimeErrorReporter> runTimeErrorReporter{nullptr};
 
 // Without a run-time record the index lives here instead of in the debugger's control block.
 int64_t indexWithoutRuntime = kNoContext;
@@ -87,15 +90,16 @@ int32_t __SwitchExecutionContext(int32_t index) noexcept
     return previous;
 }
 
-// Until run-time error reporting exists, the report is an ERROR log line with
-// message 200 and, under a debugger, a break at the place it was noticed.
+void tollan::debugger::setRunTimeErrorReporter(RunTimeErrorReporter reporter) noexcept
+{
+    runTimeErrorReporter.store(reporter);
+}
+
 void __DBG_ReportStackCorruption(void) noexcept
 {
+    const RunTimeErrorReporter report = runTimeErrorReporter.load();
+    if (report == nullptr) return;
     const ZORThreadEnv *record = existingThreadEnv();
-    TOLLAN_LOG(ZOR_LOG_ERROR, "debugger/cdbruntime", "__DBG_ReportStackCorruption", "%s:%d:%d: %s",
-               record != nullptr && record->location.fileName != nullptr ? record->location.fileName : "",
-               record != nullptr ? static_cast<int>(record->location.line) : 0,
-               record != nullptr ? static_cast<int>(record->location.column) : 0,
-               tollan::services::libraryMessage(kStackCorruptionMessage));
-    breakIntoDebugger();
+    report(kNonFatal, kStackCorruptionMessage, record != nullptr ? record->location.line : 0,
+           record != nullptr ? record->location.column : 0);
 }

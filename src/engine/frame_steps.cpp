@@ -1,9 +1,13 @@
 #include "engine/frame_steps.h"
 
-#include "engine/engine_state.h"
+#include <tollan/rtcheck.h>
+
+#include "debugger/error_reporter.h"
 #include "debugger/library.h"
+#include "engine/engine_state.h"
 #include "engine/host_module.h"
 #include "platform/thread.h"
+#include "rtcheck/library.h"
 #include "services/lifecycle.h"
 #include "stdc/exit_status.h"
 #include "stdc/locks.h"
@@ -35,6 +39,12 @@ bool initializeDebugChannel() noexcept
     if (debugger::CdbInitialize()) return true;
     services::setStartupFailure();
     return false;
+}
+
+bool startRunTimeChecking() noexcept
+{
+    debugger::setRunTimeErrorReporter(ReportUPError);
+    return rtcheck::InitRTEBasicTypes();
 }
 
 bool InitAsyncAndMTProtection() noexcept

@@ -10,6 +10,9 @@ bool rememberHostModule() noexcept;
 // The debugger link's steps; a failure marks the start-up as failed.
 bool initializeDebugLink() noexcept;
 bool initializeDebugChannel() noexcept;
+// The basic type nodes of run-time checking; from here on the debugger
+// link reports its run-time errors through run-time error reporting.
+bool startRunTimeChecking() noexcept;
 // Makes the C library's four shared locks, then sets the async-protection
 // flag, which makes WExitApp act at shutdown. False when a lock cannot be made.
 bool InitAsyncAndMTProtection() noexcept;

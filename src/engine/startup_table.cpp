@@ -26,7 +26,6 @@
 #include "debugger/library.h"
 #include "fmtio/library.h"
 #include "rs232/library.h"
-#include "rtcheck/library.h"
 #include "services/character_classes.h"
 #include "services/memory.h"
 #include "stdc/code_page.h"
@@ -62,7 +61,7 @@ constexpr StartupStep kSteps[] = {
                  "CleanupZORRTEHasBeenDetachedShmem returned"}},
     {.name = "InitRTEBasicTypes",
      .stage = Stage::processAttach,
-     .initOnce = rtcheck::InitRTEBasicTypes,
+     .initOnce = startRunTimeChecking,
      .trace = "InitRTEBasicTypes returned",
      .onFailure = AttachFailure::refuse},
 

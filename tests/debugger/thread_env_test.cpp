@@ -134,20 +134,3 @@ TEST(ThreadEnv, SafeCallsSurviveFaults)
 }
 
 }  // namespace
-
-namespace {
-
-TEST(ThreadEnv, AnInconsistentStackIsReportedWithWhereItWasNoticed)
-{
-    tollan::testing::LogCapture log(ZOR_LOG_ERROR);
-    ZORThreadEnv *record = __DBG_GetCurrentThreadEnv();
-    __DBG_SetCurrentThreadEnvLocation(record, nullptr, "calls.c", 31, 8);
-    __DBG_ReportStackCorruption();
-    EXPECT_EQ(
-        log.count("ERROR|debugger/cdbruntime|__DBG_ReportStackCorruption|calls.c:31:8: ZOR has detected an "
-                  "inconsistency of the run-time stack."),
-        1u)
-        << log.text();
-}
-
-}  // namespace

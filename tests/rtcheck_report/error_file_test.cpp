@@ -97,6 +97,9 @@ TEST_F(ErrorFile, EachReportIsOneLine)
         {"library status", [] { _UPLibBreakpoint(nullptr, -3, nullptr); },
          "main.c[12, 5]-[12, 5]: NON-FATAL - Library function error (return value == -3 "
          "[0xfffffffffffffffd]).\n"},
+        {"the debugger link's inconsistent stack", [] { __DBG_ReportStackCorruption(); },
+         "main.c[12, 5]-[12, 5]: NON-FATAL - ZOR has detected an inconsistency of the run-time stack.\nThis "
+         "might have been caused by a calling convention\nmismatch in the last function call.\n"},
         {"library status with a text",
          [] { _UPLibBreakpointWithElab("status", 0x10, "Port not open", nullptr); },
          "main.c[12, 5]-[12, 5]: NON-FATAL - Library function error (status == 16 [0x10]).\nPort not open\n"},

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "platform/event.h"
 #include "platform/posix/monitor_channel.h"
 #include "platform/standard_io_pipe.h"
 
@@ -16,6 +17,7 @@ namespace {
 
 constexpr char kSharedInfo[] = "Vantrel - ZOR DBG Shared Info";
 constexpr char kDebugOutputPipe[] = "\\\\.\\pipe\\Vantrel - ZOR Pipe for Debugging Output";
+constexpr char kDebugStarted[] = "Vantrel - ZOR DBG Event To Signal Debug Started";
 
 }  // namespace
 
@@ -81,6 +83,17 @@ bool makeLinkObjects(pid_t pid, LinkObjects *objects, std::string *error)
     made.standardIO = ListeningSocket::open(platform::posix::pipeSocketPath(standardIOPipe), error);
     if (made.standardIO == nullptr) return false;
     *objects = std::move(made);
+    return true;
+}
+
+bool signalDebugStarted(std::string *error)
+{
+    const std::unique_ptr<platform::Event> started = platform::Event::create(false, false, kDebugStarted);
+    if (started == nullptr) {
+        *error = std::string("cannot open the event '") + kDebugStarted + "'";
+        return false;
+    }
+    started->set();
     return true;
 }
 

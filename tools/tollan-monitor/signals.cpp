@@ -75,6 +75,10 @@ int installAttachSignals(bool sharesProgramGroup) noexcept
     for (int signal : kSignals) {
         sigaddset(&used, signal);
         const bool fromTerminal = signal == SIGINT || signal == SIGQUIT;
+        struct sigaction found {};
+        sigaction(signal, nullptr, &found);
+        // Started in the background (or under nohup): the terminal's signals stay ignored.
+        if (fromTerminal && found.sa_handler == SIG_IGN) continue;
         if (signal == SIGPIPE || (fromTerminal && sharesProgramGroup))
             install(signal, SIG_IGN, nullptr);
         else

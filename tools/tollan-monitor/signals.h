@@ -11,7 +11,8 @@
 // the program, which goes on without it. So do interrupt and quit, unless
 // the monitor is in the program's process group (the program started it):
 // then the terminal's Ctrl-C reached the program as well, and the program
-// decides, as above.
+// decides, as above. Interrupt and quit ignored when the monitor started
+// (a background job, nohup) stay ignored.
 #pragma once
 
 #include <sys/types.h>

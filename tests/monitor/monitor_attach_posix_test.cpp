@@ -104,7 +104,7 @@ TEST(MonitorAttach, AProgramWhoseMemoryTheMonitorMayNotReadStillBreaksAndTheRepo
     EXPECT_HAS(run.err, "tollan-monitor: the program ended\n");
 }
 
-TEST(MonitorAttach, ATerminateSignalMakesTheMonitorLeaveAndTheProgramGoOn)
+TEST(MonitorAttach, ASecondMonitorIsRefusedAndATerminateSignalMakesTheMonitorLeaveTheProgramRunning)
 {
     const pid_t program = fork();
     if (program == 0) {
@@ -117,10 +117,13 @@ TEST(MonitorAttach, ATerminateSignalMakesTheMonitorLeaveAndTheProgramGoOn)
         (std::string("\\\\.\\pipe\\Vantrel - ZOR Pipe for Debugging Output") + hex).c_str());
     // The monitor's objects are made after its signals are in place.
     const std::string script = "\"$0\" attach " + std::to_string(program) +
-                               " & m=$!; while [ ! -S \"$1\" ]; do sleep 0.02; done; kill -TERM $m; wait $m; "
-                               "echo status $?";
+                               " & m=$!; while [ ! -S \"$1\" ]; do sleep 0.02; done; \"$0\" attach " +
+                               std::to_string(program) +
+                               "; echo second $?; kill -TERM $m; wait $m; echo status $?";
     const CapturedRun run = runCaptured({"/bin/sh", "-c", script, TOLLAN_MONITOR_PATH, socket});
-    EXPECT_EQ(run.out, "status 143\n") << run.err;
+    // A second monitor leaves the first one's objects alone.
+    EXPECT_EQ(run.out, "second 125\nstatus 143\n") << run.err;
+    EXPECT_HAS(run.err, "tollan-monitor: another monitor listens at '" + socket + "'\n");
     EXPECT_HAS(run.err, "tollan-monitor: left process " + std::to_string(program) + " on signal 15");
     EXPECT_EQ(kill(program, 0), 0) << "the program was stopped too";
     expectLinkObjectsGone(program, run.err);

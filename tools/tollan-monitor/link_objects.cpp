@@ -35,7 +35,14 @@ std::unique_ptr<ListeningSocket> ListeningSocket::open(const std::string &path, 
     }
     address.sun_family = AF_UNIX;
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
-    // A file left by a monitor that was killed: the pid is ours now.
+    // A file left by a monitor that was killed: the pid is ours now. One
+    // that still answers belongs to a monitor serving the program already.
+    if (const int other = platform::posix::connectTo(path); other >= 0) {
+        close(other);
+        close(fd);
+        *error = "another monitor listens at '" + path + "'";
+        return nullptr;
+    }
     unlink(path.c_str());
     if (bind(fd, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0 || listen(fd, 16) != 0) {
         *error = "cannot listen at '" + path + "': " + std::strerror(errno);

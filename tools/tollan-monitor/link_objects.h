@@ -35,7 +35,7 @@ inline constexpr uint16_t kProtocolLevel = 10;
 class ListeningSocket {
 public:
     // Binds and listens at `path`, replacing a stale file of that name. Null
-    // with *error set on failure.
+    // with *error set on failure, or when another monitor listens there.
     static std::unique_ptr<ListeningSocket> open(const std::string &path, std::string *error);
     ~ListeningSocket();
     ListeningSocket(const ListeningSocket &) = delete;

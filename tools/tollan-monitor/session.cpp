@@ -70,6 +70,7 @@ std::optional<ProgramEnd> Session::run()
                                       // Enter: the rest of the time its input is the program's.
                                       {held_.empty() ? -1 : terminal_, POLLIN, 0},
                                       {stopFd_, POLLIN, 0}};
+        constexpr size_t kStop = 4;
         constexpr size_t kFirstConnection = 5;
         for (const Connection &connection : connections_) polled.push_back({connection.fd, POLLIN, 0});
         const int ready = poll(polled.data(), polled.size(), program_.exitFd() < 0 ? kExitCheckMs : -1);
@@ -77,7 +78,7 @@ std::optional<ProgramEnd> Session::run()
             report_.line("poll failed (%s); waiting for the program to end", std::strerror(errno));
             return program_.ended(true).value_or(ProgramEnd{});
         }
-        if (polled[4].revents != 0) {
+        if (polled[kStop].revents != 0) {
             while (!held_.empty()) {
                 resume(held_.front());
                 held_.erase(held_.begin());

@@ -12,6 +12,11 @@ if(TARGET test_monitor)
   tollan_probe(monitor standard_io_probe)
   target_sources(standard_io_probe PRIVATE ${TOLLAN_ENTRY_SOURCE})
   target_link_libraries(standard_io_probe PRIVATE tollan_core)
+  # The attach probe connects late, as a program calling its debugger in
+  # does, through the library's own step (not exported): likewise.
+  tollan_probe(monitor attach_probe)
+  target_sources(attach_probe PRIVATE ${TOLLAN_ENTRY_SOURCE})
+  target_link_libraries(attach_probe PRIVATE tollan_core)
   # Resource tracking's exported functions are needed by this probe and its test.
   if(TOLLAN_MONITOR_RESOURCE_PROBE)
     tollan_probe(monitor resource_probe)

@@ -2,122 +2,36 @@
 // plain programs. Each test starts the monitor as a user would and checks
 // what it reports on standard error, what reaches standard output and the
 // status it ends with.
-#include <gtest/gtest.h>
-#include <poll.h>
 #include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <chrono>
-#include <cstring>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
 #include "fixtures/probes.h"
-#include "platform/posix/monitor_channel.h"
-#include "platform/shared_memory.h"
+#include "monitor_test_support.h"
 
 namespace {
 
-struct MonitorRun {
-    int status = -1;  // the monitor's exit status; -1 when it had to be killed
-    std::string out;
-    std::string err;
+struct MonitorRun : CapturedRun {
     int programPid = 0;  // from the monitor's "running ... as process N"
 };
 
-// Runs tollan-monitor with `arguments`, collecting its standard output and
-// error; a run that takes longer than 10 s is killed with its program.
+// Runs tollan-monitor with `arguments`.
 MonitorRun runMonitor(const std::vector<std::string> &arguments)
 {
     std::vector<std::string> words = {TOLLAN_MONITOR_PATH};
     words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char *> argv;
-    for (std::string &word : words) argv.push_back(word.data());
-    argv.push_back(nullptr);
-
-    int out[2];
-    int err[2];
-    EXPECT_EQ(pipe(out), 0);
-    EXPECT_EQ(pipe(err), 0);
-    const pid_t pid = fork();
-    if (pid == 0) {
-        setsid();  // no terminal to wait on, and a hung run goes with its program
-        dup2(out[1], STDOUT_FILENO);
-        dup2(err[1], STDERR_FILENO);
-        close(out[0]);
-        close(err[0]);
-        execv(argv[0], argv.data());
-        _exit(126);
-    }
-    close(out[1]);
-    close(err[1]);
-    MonitorRun run;
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    pollfd polled[2] = {{out[0], POLLIN, 0}, {err[0], POLLIN, 0}};
-    std::string *texts[2] = {&run.out, &run.err};
-    bool killed = false;
-    while (polled[0].fd >= 0 || polled[1].fd >= 0) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-            deadline - std::chrono::steady_clock::now());
-        if (left.count() <= 0) {
-            kill(-pid, SIGKILL);
-            killed = true;
-            break;
-        }
-        if (poll(polled, 2, static_cast<int>(left.count())) <= 0) continue;
-        for (int i = 0; i < 2; ++i) {
-            if (polled[i].revents == 0) continue;
-            char bytes[4096];
-            const ssize_t got = read(polled[i].fd, bytes, sizeof bytes);
-            if (got > 0) {
-                texts[i]->append(bytes, static_cast<size_t>(got));
-            } else {
-                close(polled[i].fd);
-                polled[i].fd = -1;
-            }
-        }
-    }
-    for (const pollfd &p : polled)
-        if (p.fd >= 0) close(p.fd);
-    int status = 0;
-    waitpid(pid, &status, 0);
-    EXPECT_FALSE(killed) << "the monitor hung; it wrote:\n" << run.err;
-    run.status = !killed && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    MonitorRun run{runCaptured(words)};
     const size_t running = run.err.find(" as process ");
     if (running != std::string::npos) run.programPid = std::atoi(run.err.c_str() + running + 12);
     return run;
 }
 
-size_t count(const std::string &text, const std::string &part)
-{
-    size_t found = 0;
-    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++found;
-    return found;
-}
-
-std::string hexPid(int pid)
-{
-    char text[16];
-    std::snprintf(text, sizeof text, "%x", static_cast<unsigned>(pid));
-    return text;
-}
-
-// The shared block and both sockets of the run are gone.
 void expectNothingLeftBehind(const MonitorRun &run)
 {
-    ASSERT_GT(run.programPid, 0) << run.err;
-    const std::string pid = hexPid(run.programPid);
-    EXPECT_EQ(tollan::platform::SharedMemory::open(("Vantrel - ZOR DBG Shared Info" + pid).c_str(), 364),
-              nullptr);
-    for (const char *pipe : {"\\\\.\\pipe\\Vantrel - ZOR Pipe for Debugging Output",
-                             "\\\\.\\pipe\\Vantrel - ZOR Standard IO Pipe "}) {
-        const std::string path = tollan::platform::posix::pipeSocketPath((pipe + pid).c_str());
-        EXPECT_NE(access(path.c_str(), F_OK), 0) << path;
-    }
+    expectLinkObjectsGone(run.programPid, run.err);
 }
-
-#define EXPECT_HAS(text, part) EXPECT_NE((text).find(part), std::string::npos) << (text)
 
 TEST(MonitorRun, ShowsTheLibraryArrivingAndLeavingItsDebugOutputAndItsExitStatus)
 {
@@ -192,9 +106,9 @@ TEST(MonitorRun, ShowsWhatTheProgramWritesToItsStandardIOPipeLiveInOrderAndByStr
     EXPECT_EQ(run.out, "standard I/O pipe on: 1\nout1\nout2\ntab\tand\x01" + longLine);
     // In the order written, and among the event texts where the program made them.
     size_t at = 0;
-    for (const char *line :
-         {"module attached: ", "stdout: standard I/O pipe on: 1\n", "stdout: out1\n", "stderr: err1\n",
-          "stdout: out2\n", "stderr: two\n", "stderr: lines\n", "stdout: tab\tand\\x01", "module detached: "}) {
+    for (const char *line : {"module attached: ", "stdout: standard I/O pipe on: 1\n", "stdout: out1\n",
+                             "stderr: err1\n", "stdout: out2\n", "stderr: two\n", "stderr: lines\n",
+                             "stdout: tab\tand\\x01", "module detached: "}) {
         at = run.err.find(std::string("tollan-monitor: ") + line, at);
         EXPECT_NE(at, std::string::npos) << line << " in order in\n" << run.err;
     }

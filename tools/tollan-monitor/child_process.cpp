@@ -1,7 +1,6 @@
 #include "child_process.h"
 
 #include <fcntl.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -12,16 +11,6 @@
 
 namespace tollan::monitor {
 namespace {
-
-int openExitFd(pid_t pid) noexcept
-{
-#ifdef SYS_pidfd_open
-    return static_cast<int>(syscall(SYS_pidfd_open, pid, 0));
-#else
-    (void)pid;
-    return -1;
-#endif
-}
 
 // The child's side: only async-signal-safe calls until exec.
 [[noreturn]] void runChild(char *const argv[], int go, int execReport) noexcept
@@ -128,7 +117,7 @@ void ChildProcess::abandon() noexcept
     go_ = -1;
 }
 
-std::optional<int> ChildProcess::exited(bool block) noexcept
+std::optional<ProgramEnd> ChildProcess::ended(bool block) noexcept
 {
     if (collected_ || pid_ <= 0) return std::nullopt;
     int status = 0;
@@ -138,7 +127,7 @@ std::optional<int> ChildProcess::exited(bool block) noexcept
     } while (got < 0 && errno == EINTR);
     if (got != pid_) return std::nullopt;
     collected_ = true;
-    return status;
+    return ProgramEnd{status};
 }
 
 }  // namespace tollan::monitor

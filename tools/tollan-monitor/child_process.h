@@ -9,9 +9,11 @@
 #include <optional>
 #include <string>
 
+#include "served_program.h"
+
 namespace tollan::monitor {
 
-class ChildProcess {
+class ChildProcess final : public ServedProgram {
 public:
     // Forks; the child takes back the signal dispositions the monitor found
     // (restoreSignalsInChild), waits until release() and then runs argv[0]
@@ -19,9 +21,9 @@ public:
     static std::optional<ChildProcess> start(char *const argv[], std::string *error);
     ChildProcess(ChildProcess &&other) noexcept;
     ChildProcess &operator=(ChildProcess &&) = delete;
-    ~ChildProcess();
+    ~ChildProcess() override;
 
-    pid_t pid() const noexcept { return pid_; }
+    pid_t pid() const noexcept override { return pid_; }
 
     // Lets the child run the program. False with *error when exec failed
     // (the child then ends with status 127 when the program was not found,
@@ -30,13 +32,9 @@ public:
     // Ends a child that was never released (it exits with status 125).
     void abandon() noexcept;
 
-    // A descriptor that polls readable once the child has ended (a pidfd);
-    // -1 where the system has none: then poll with a timeout and ask
-    // exited(false).
-    int exitFd() const noexcept { return exitFd_; }
-    // The wait status once the child has ended; nothing while it runs
-    // (block false) or after it was collected already. block true waits.
-    std::optional<int> exited(bool block) noexcept;
+    int exitFd() const noexcept override { return exitFd_; }
+    // The end carries the wait status: the child is collected here.
+    std::optional<ProgramEnd> ended(bool block) noexcept override;
 
 private:
     ChildProcess(pid_t pid, int go, int execReport) noexcept;

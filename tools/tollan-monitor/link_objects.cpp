@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "platform/event.h"
 #include "platform/posix/monitor_channel.h"
 #include "platform/standard_io_pipe.h"
 
@@ -16,6 +17,7 @@ namespace {
 
 constexpr char kSharedInfo[] = "Vantrel - ZOR DBG Shared Info";
 constexpr char kDebugOutputPipe[] = "\\\\.\\pipe\\Vantrel - ZOR Pipe for Debugging Output";
+constexpr char kDebugStarted[] = "Vantrel - ZOR DBG Event To Signal Debug Started";
 
 }  // namespace
 
@@ -33,7 +35,14 @@ std::unique_ptr<ListeningSocket> ListeningSocket::open(const std::string &path, 
     }
     address.sun_family = AF_UNIX;
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
-    // A file left by a monitor that was killed: the pid is ours now.
+    // A file left by a monitor that was killed: the pid is ours now. One
+    // that still answers belongs to a monitor serving the program already.
+    if (const int other = platform::posix::connectTo(path); other >= 0) {
+        close(other);
+        close(fd);
+        *error = "another monitor listens at '" + path + "'";
+        return nullptr;
+    }
     unlink(path.c_str());
     if (bind(fd, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0 || listen(fd, 16) != 0) {
         *error = "cannot listen at '" + path + "': " + std::strerror(errno);
@@ -81,6 +90,17 @@ bool makeLinkObjects(pid_t pid, LinkObjects *objects, std::string *error)
     made.standardIO = ListeningSocket::open(platform::posix::pipeSocketPath(standardIOPipe), error);
     if (made.standardIO == nullptr) return false;
     *objects = std::move(made);
+    return true;
+}
+
+bool signalDebugStarted(std::string *error)
+{
+    const std::unique_ptr<platform::Event> started = platform::Event::create(false, false, kDebugStarted);
+    if (started == nullptr) {
+        *error = std::string("cannot open the event '") + kDebugStarted + "'";
+        return false;
+    }
+    started->set();
     return true;
 }
 

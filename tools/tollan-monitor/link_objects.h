@@ -9,6 +9,10 @@
 //   here listening Unix-domain sockets at the paths the library derives from
 //   those names.
 // Destroying the objects removes the sockets' files and the block's name.
+// A program that calls a monitor in while it runs waits for one more object,
+// the auto-reset event "Vantrel - ZOR DBG Event To Signal Debug Started"
+// (one name for all processes): the monitor sets it once it has made the
+// program's objects, and the program then connects.
 #pragma once
 
 #include <sys/types.h>
@@ -31,7 +35,7 @@ inline constexpr uint16_t kProtocolLevel = 10;
 class ListeningSocket {
 public:
     // Binds and listens at `path`, replacing a stale file of that name. Null
-    // with *error set on failure.
+    // with *error set on failure, or when another monitor listens there.
     static std::unique_ptr<ListeningSocket> open(const std::string &path, std::string *error);
     ~ListeningSocket();
     ListeningSocket(const ListeningSocket &) = delete;
@@ -58,5 +62,9 @@ std::string linkObjectName(const char *base, pid_t pid);
 // Makes all three for process `pid`. False with *error when one cannot be
 // made; what was made is then undone.
 bool makeLinkObjects(pid_t pid, LinkObjects *objects, std::string *error);
+
+// Opens the "Debug Started" event (or makes it, when the program has not
+// yet) and sets it. False with *error when it can be neither.
+bool signalDebugStarted(std::string *error);
 
 }  // namespace tollan::monitor

@@ -1,7 +1,9 @@
-// tollan-monitor: runs a program as the development environment's debugger
-// would on Windows, so that the debugger link of a program linked with
-// Tollan can be used and tested on POSIX. See docs/debugging.md.
+// tollan-monitor: runs a program, or serves one already running, as the
+// development environment's debugger would on Windows, so that the debugger
+// link of a program linked with Tollan can be used and tested on POSIX. See
+// docs/debugging.md.
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -10,6 +12,7 @@
 #include <optional>
 #include <string>
 
+#include "attached_process.h"
 #include "child_process.h"
 #include "link_objects.h"
 #include "options.h"
@@ -24,9 +27,22 @@ using namespace tollan::monitor;
 // The monitor's own failures, as env(1) and timeout(1) report theirs.
 constexpr int kMonitorFailed = 125;
 
-// The program's wait status as an exit status: its own, or 128 + the signal.
-int passOn(Report &report, int status)
+// The program's end as the monitor's exit status: its own, or 128 + the
+// signal; 0 for an attached program, whose status is its parent's to
+// collect. A monitor told to leave first ends with 128 + that signal.
+int passOn(Report &report, const std::optional<ProgramEnd> &end, pid_t pid)
 {
+    if (!end) {
+        const int signal = stopSignal();
+        report.line("left process %d on signal %d (%s); it goes on", static_cast<int>(pid), signal,
+                    strsignal(signal));
+        return 128 + signal;
+    }
+    if (!end->waitStatus) {
+        report.line("the program ended");
+        return 0;
+    }
+    const int status = *end->waitStatus;
     if (WIFEXITED(status)) {
         report.line("the program exited with status %d", WEXITSTATUS(status));
         return WEXITSTATUS(status);
@@ -40,7 +56,7 @@ int passOn(Report &report, int status)
     return kMonitorFailed;
 }
 
-int run(const Options &options, Report &report)
+int runProgram(const Options &options, Report &report)
 {
     installMonitorSignals();
     std::string error;
@@ -53,7 +69,7 @@ int run(const Options &options, Report &report)
     if (!makeLinkObjects(child->pid(), &objects, &error)) {
         report.line("%s", error.c_str());
         child->abandon();
-        child->exited(true);
+        child->ended(true);
         return kMonitorFailed;
     }
     handSignalsTo(child->pid());
@@ -61,10 +77,31 @@ int run(const Options &options, Report &report)
         report.line("running %s as process %d", options.program[0], static_cast<int>(child->pid()));
     else
         report.line("cannot run %s: %s", options.program[0], error.c_str());
-    Session session(*child, objects, report, options.pause);
-    const int status = session.run();
+    Session session(*child, objects, report, options.pause, -1);
+    const std::optional<ProgramEnd> end = session.run();
     handSignalsTo(0);
-    return passOn(report, status);
+    return passOn(report, end, child->pid());
+}
+
+// The program waits for the "Debug Started" event once it has started the
+// monitor; its objects must be there before the event is set.
+int attachToProgram(const Options &options, Report &report)
+{
+    const int stopFd = installAttachSignals(getpgid(options.pid) == getpgrp());
+    std::string error;
+    std::optional<AttachedProcess> program = AttachedProcess::open(options.pid, &error);
+    if (!program) {
+        report.line("cannot attach: %s", error.c_str());
+        return kMonitorFailed;
+    }
+    LinkObjects objects;
+    if (!makeLinkObjects(options.pid, &objects, &error) || !signalDebugStarted(&error)) {
+        report.line("%s", error.c_str());
+        return kMonitorFailed;
+    }
+    report.line("attached to process %d", static_cast<int>(options.pid));
+    Session session(*program, objects, report, options.pause, stopFd);
+    return passOn(report, session.run(), options.pid);
 }
 
 }  // namespace
@@ -92,7 +129,8 @@ int main(int argc, char **argv)
     Report report(stream);
     int result = kMonitorFailed;
     try {
-        result = run(options, report);
+        result = options.command == Options::Command::attach ? attachToProgram(options, report)
+                                                             : runProgram(options, report);
     } catch (const std::exception &failure) {
         report.line("%s", failure.what());
     }

@@ -21,10 +21,18 @@ bool ProcessMemory::read(uint64_t address, void *buffer, size_t size) const noex
         iovec remote{reinterpret_cast<void *>(static_cast<uintptr_t>(address + done)), size - done};
         const ssize_t got = process_vm_readv(pid_, &local, 1, &remote, 1, 0);
         if (got < 0 && errno == EINTR) continue;
+        if (got < 0 && errno == EPERM && refusal_ == Refusal::none) refusal_ = Refusal::unreported;
         // A short count means the range runs into an unmapped page.
         if (got <= 0) return false;
         done += static_cast<size_t>(got);
     }
+    return true;
+}
+
+bool ProcessMemory::newlyRefused() noexcept
+{
+    if (refusal_ != Refusal::unreported) return false;
+    refusal_ = Refusal::reported;
     return true;
 }
 

@@ -45,8 +45,8 @@ void answer(int fd, char kind) noexcept
 
 }  // namespace
 
-Session::Session(ChildProcess &child, const LinkObjects &objects, Report &report, bool pause)
-    : child_(child), objects_(objects), report_(report), memory_(child.pid())
+Session::Session(ServedProgram &program, const LinkObjects &objects, Report &report, bool pause, int stopFd)
+    : program_(program), objects_(objects), report_(report), memory_(program.pid()), stopFd_(stopFd)
 {
     if (!pause) return;
     terminal_ = open("/dev/tty", O_RDONLY | O_NONBLOCK | O_CLOEXEC);
@@ -60,21 +60,30 @@ Session::~Session()
     if (terminal_ >= 0) close(terminal_);
 }
 
-int Session::run()
+std::optional<ProgramEnd> Session::run()
 {
     for (;;) {
         std::vector<pollfd> polled = {{objects_.debugOutput->fd(), POLLIN, 0},
                                       {objects_.standardIO->fd(), POLLIN, 0},
-                                      {child_.exitFd(), POLLIN, 0},
+                                      {program_.exitFd(), POLLIN, 0},
                                       // The terminal is read only while a break waits for
                                       // Enter: the rest of the time its input is the program's.
-                                      {held_.empty() ? -1 : terminal_, POLLIN, 0}};
+                                      {held_.empty() ? -1 : terminal_, POLLIN, 0},
+                                      {stopFd_, POLLIN, 0}};
+        constexpr size_t kStop = 4;
+        constexpr size_t kFirstConnection = 5;
         for (const Connection &connection : connections_) polled.push_back({connection.fd, POLLIN, 0});
-        const int ready = poll(polled.data(), polled.size(), child_.exitFd() < 0 ? kExitCheckMs : -1);
+        const int ready = poll(polled.data(), polled.size(), program_.exitFd() < 0 ? kExitCheckMs : -1);
         if (ready < 0 && errno != EINTR) {
             report_.line("poll failed (%s); waiting for the program to end", std::strerror(errno));
-            const std::optional<int> status = child_.exited(true);
-            return status.value_or(0);
+            return program_.ended(true).value_or(ProgramEnd{});
+        }
+        if (polled[kStop].revents != 0) {
+            while (!held_.empty()) {
+                resume(held_.front());
+                held_.erase(held_.begin());
+            }
+            return std::nullopt;
         }
         if (ready > 0) {
             // Standard output and error first: what the program wrote before
@@ -88,14 +97,16 @@ int Session::run()
             if (polled[3].revents != 0) readTerminal();
             // The connections polled are the first ones of the list; those
             // accepted just now come after them.
-            for (size_t i = 4; i < polled.size(); ++i)
-                if (polled[i].revents != 0 && !connections_[i - 4].standardIO) serve(connections_[i - 4]);
+            for (size_t i = kFirstConnection; i < polled.size(); ++i) {
+                Connection &connection = connections_[i - kFirstConnection];
+                if (polled[i].revents != 0 && !connection.standardIO) serve(connection);
+            }
             std::erase_if(connections_, [](const Connection &connection) { return connection.fd < 0; });
         }
-        if (child_.exitFd() < 0 || polled[2].revents != 0) {
-            if (const std::optional<int> status = child_.exited(false)) {
+        if (program_.exitFd() < 0 || polled[2].revents != 0) {
+            if (const std::optional<ProgramEnd> end = program_.ended(false)) {
                 drain();
-                return *status;
+                return end;
             }
         }
     }
@@ -192,6 +203,7 @@ void Session::handleText(const std::string &text)
     // The program waits for our answer meanwhile, so the table holds still.
     for (const std::string &line : describeResourceTally(readResourceTally(memory_, *table)))
         report_.line(line);
+    reportRefusedMemory();
 }
 
 void Session::handleBreak(Connection &connection, const Record &record)
@@ -205,6 +217,7 @@ void Session::handleBreak(Connection &connection, const Record &record)
     std::memcpy(&stopped, record.payload.data(), sizeof stopped);
     const BreakReport report = describeBreak(memory_, stopped.threadId, stopped.threadRecord);
     for (const std::string &line : report.lines) report_.line(line);
+    reportRefusedMemory();
     const HeldBreak held{connection.fd, stopped.threadId, report.reason};
     if (terminal_ < 0) {
         resume(held);
@@ -220,7 +233,7 @@ void Session::resume(const HeldBreak &held)
     report_.line("thread %llu resumed", static_cast<unsigned long long>(held.threadId));
     if (held.reason != ZOR_BREAK_REASON_DISCONNECTED) return;
     // The program made this event before it stopped and waits on it now.
-    const std::string name = "Vantrel - ZOR DBG Debugger Disconnected " + std::to_string(child_.pid());
+    const std::string name = "Vantrel - ZOR DBG Debugger Disconnected " + std::to_string(program_.pid());
     const std::unique_ptr<platform::Event> letGo = platform::Event::open(name.c_str());
     if (letGo == nullptr) {
         report_.line("the program disconnects, but its event '%s' cannot be opened", name.c_str());
@@ -228,6 +241,15 @@ void Session::resume(const HeldBreak &held)
     }
     letGo->set();
     report_.line("the program disconnected");
+}
+
+void Session::reportRefusedMemory()
+{
+    if (memory_.newlyRefused())
+        report_.line(
+            "the system refuses the monitor reading process %d's memory: where threads stop "
+            "and the resources held cannot be shown",
+            static_cast<int>(program_.pid()));
 }
 
 void Session::readTerminal()

@@ -1,7 +1,7 @@
 // One monitored run: the loop that serves the program from the moment it is
-// let go until it has ended. It waits (poll) on the two listening sockets,
-// the connections the program made, the program's end and, with --pause,
-// the terminal.
+// let go (or attached) until it has ended. It waits (poll) on the two
+// listening sockets, the connections the program made, the program's end,
+// the monitor's own stop request and, with --pause, the terminal.
 //
 // Debug-output connections carry records (record_stream.h):
 //   'O' an event text: shown, then answered 'k' (the program waits for it);
@@ -22,14 +22,15 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "child_process.h"
 #include "link_objects.h"
 #include "process_memory.h"
 #include "record_stream.h"
 #include "report.h"
+#include "served_program.h"
 
 namespace tollan::monitor {
 
@@ -37,13 +38,17 @@ class Session {
 public:
     // pause: hold every break until Enter is pressed on the terminal (when
     // there is one; otherwise breaks are resumed at once, and the report says so).
-    Session(ChildProcess &child, const LinkObjects &objects, Report &report, bool pause);
+    // stopFd: a descriptor that polls readable when the monitor is to leave
+    // the program before it ends; -1 for none.
+    Session(ServedProgram &program, const LinkObjects &objects, Report &report, bool pause, int stopFd);
     ~Session();
     Session(const Session &) = delete;
     Session &operator=(const Session &) = delete;
 
-    // Serves the program until it has ended; returns its wait status.
-    int run();
+    // Serves the program until it has ended and returns how it ended;
+    // nothing when the monitor was told to stop first (the breaks it held
+    // are resumed then).
+    std::optional<ProgramEnd> run();
 
 private:
     struct Connection {
@@ -71,12 +76,15 @@ private:
     void closeConnection(Connection &connection);
     // After the program has ended: whatever it still sent.
     void drain();
+    // Says once that the program's memory cannot be read at all.
+    void reportRefusedMemory();
 
-    ChildProcess &child_;
+    ServedProgram &program_;
     const LinkObjects &objects_;
     Report &report_;
     ProcessMemory memory_;
     int terminal_ = -1;
+    int stopFd_;
     std::vector<Connection> connections_;
     std::vector<HeldBreak> held_;
 };

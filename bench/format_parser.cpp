@@ -27,3 +27,5 @@ void BM_GenerateArgTypesTwentyItems(benchmark::State &state)
 BENCHMARK(BM_GenerateArgTypesTwentyItems);
 
 }  // namespace
+
+BENCHMARK_MAIN();

@@ -8,6 +8,7 @@
 #include <csignal>
 #include <thread>
 
+#include "fixtures/system_call_faults.h"
 #include "platform/developer_prompt.h"
 #include "platform_prompt/terminal_child.h"
 
@@ -138,6 +139,38 @@ TEST(ReportPrompt, WithoutAControllingTerminalNobodyIsAsked)
     int status = 0;
     waitpid(child, &status, 0);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+}
+
+TEST(ReportPrompt, AnErrorOnTheTerminalLeavesNobodyToAskAndTheSettingsAsTheyWere)
+{
+    using tollan::testing::SystemCall;
+    using tollan::testing::SystemCallFaults;
+    const struct {
+        SystemCall call;
+        int error;
+        int times;
+        ReportAnswer answer;
+    } cases[] = {
+        {SystemCall::read, EIO, 1, ReportAnswer::nobodyToAsk},
+        {SystemCall::write, EIO, 1, ReportAnswer::nobodyToAsk},
+        {SystemCall::tcgetattr, ENOTTY, 1, ReportAnswer::nobodyToAsk},
+        // Interrupted reads and settings are tried again.
+        {SystemCall::read, EINTR, 3, ReportAnswer::breakIntoDebugger},
+        {SystemCall::tcsetattr, EINTR, 2, ReportAnswer::breakIntoDebugger},
+    };
+    for (const auto &each : cases) {
+        SCOPED_TRACE(testing::Message() << "call " << int(each.call) << ", errno " << each.error);
+        TerminalChild child([&] {
+            SystemCallFaults faults("/dev/tty");
+            faults.fail(each.call, each.error, {.times = each.times});
+            return askInChild();
+        });
+        if (each.answer == ReportAnswer::breakIntoDebugger) {
+            ASSERT_TRUE(child.waitFor(kChoiceLine)) << child.screen();
+            child.type("b");
+        }
+        EXPECT_EQ(child.exitCode(), static_cast<int>(each.answer)) << "64: the settings were not restored";
+    }
 }
 
 std::atomic<bool> signalled{false};

@@ -37,11 +37,12 @@ std::string_view textOf(const char *text)
 }
 
 // A blank line, the title, and the text, ending with a line end.
-bool writeQuestion(PromptTerminal &terminal, std::string_view title, std::string_view text)
+bool writeQuestion(int fd, std::string_view title, std::string_view text)
 {
     const bool ended = !text.empty() && text.back() == '\n';
-    return terminal.write("\n") && terminal.write(title) && terminal.write("\n") && terminal.write(text) &&
-           (ended || terminal.write("\n"));
+    for (std::string_view part : {std::string_view("\n"), title, std::string_view("\n"), text})
+        if (!posix::writeAll(fd, part)) return false;
+    return ended || posix::writeAll(fd, "\n");
 }
 
 // "[b] Break  [i] Ignore  [t] Terminate (Enter: Ignore)? "
@@ -127,7 +128,8 @@ ReportAnswer askReport(const ReportQuestion &question) noexcept
 {
     std::lock_guard hold(questionLock);
     PromptTerminal terminal;
-    if (!terminal.isOpen() || !writeQuestion(terminal, textOf(question.title), shownBody(question)))
+    if (!terminal.isOpen() ||
+        !writeQuestion(terminal.descriptor(), textOf(question.title), shownBody(question)))
         return ReportAnswer::nobodyToAsk;
     const KeyChoice choices[] = {
         {'b', choiceLabel(question, 0)}, {'i', choiceLabel(question, 1)}, {'t', choiceLabel(question, 2)}};
@@ -142,7 +144,8 @@ bool askRetryStart(const char *title, const char *text) noexcept
 {
     std::lock_guard hold(questionLock);
     PromptTerminal terminal;
-    if (!terminal.isOpen() || !writeQuestion(terminal, textOf(title), textOf(text))) return false;
+    if (!terminal.isOpen() || !writeQuestion(terminal.descriptor(), textOf(title), textOf(text)))
+        return false;
     constexpr KeyChoice kChoices[] = {{'r', "Retry"}, {'c', "Cancel"}};
     return askKey(terminal, kChoices, 1) == 0;
 }
@@ -182,9 +185,8 @@ void showFatalMessage(const char *title, const char *text) noexcept
 {
     std::lock_guard hold(questionLock);
     PromptTerminal terminal;
-    if (terminal.isOpen() && writeQuestion(terminal, textOf(title), textOf(text))) return;
-    const std::string_view lines[] = {"\n", textOf(title), "\n", textOf(text), "\n"};
-    for (std::string_view line : lines) posix::writeAll(STDERR_FILENO, line);
+    if (terminal.isOpen() && writeQuestion(terminal.descriptor(), textOf(title), textOf(text))) return;
+    writeQuestion(STDERR_FILENO, textOf(title), textOf(text));
 }
 
 }  // namespace tollan::platform

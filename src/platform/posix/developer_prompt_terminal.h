@@ -22,6 +22,7 @@ public:
     PromptTerminal &operator=(const PromptTerminal &) = delete;
 
     bool isOpen() const noexcept { return fd_ >= 0; }
+    int descriptor() const noexcept { return fd_; }
 
     bool write(std::string_view text) noexcept { return writeAll(fd_, text); }
 

@@ -49,6 +49,7 @@ constexpr SystemCalls kReal = {
     .fsync = ::fsync,
     .fstat = ::fstat,
     .stat = ::stat,
+    .access = ::access,
     .fcntl = fcntlWithInt,
     .send = ::send,
     .poll = ::poll,

@@ -1,5 +1,6 @@
 // The POSIX backend's system calls, reached through one replaceable table.
-// Files, serial devices and the debugger's channel go through it.
+// Files, serial devices, the debugger's channel and the questions asked on
+// the terminal go through it.
 // Tests put a table of their own in place to produce what a disk or a device
 // produces and a test machine does not: EIO, ENOSPC, EINTR and EAGAIN at any
 // call, a device that vanishes, a short write.
@@ -27,6 +28,8 @@ struct SystemCalls {
     int (*fsync)(int fd);
     int (*fstat)(int fd, struct stat *status);
     int (*stat)(const char *path, struct stat *status);
+    // access(2): whether the caller may read, write or run a file.
+    int (*access)(const char *path, int mode);
     // fcntl(2) for the commands that take an int argument or none.
     int (*fcntl)(int fd, int command, int argument);
     // send(2), for sockets: with MSG_NOSIGNAL a vanished peer is an error

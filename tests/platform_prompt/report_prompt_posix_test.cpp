@@ -1,0 +1,251 @@
+// The run-time error report's question on the controlling terminal, typed
+// at for real through a pseudo-terminal.
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+
+#include <atomic>
+#include <csignal>
+#include <thread>
+
+#include "fixtures/system_call_faults.h"
+#include "platform/developer_prompt.h"
+#include "platform_prompt/terminal_child.h"
+
+namespace {
+
+using namespace tollan::platform;
+using tollan::testing::TerminalChild;
+
+constexpr std::string_view kChoiceLine = "[b] Break  [i] Ignore  [t] Terminate (Enter: Ignore)? ";
+
+ReportQuestion question(
+    ReportAnswer defaultChoice = ReportAnswer::ignore, const char *title = "Non-Fatal Run-time Error",
+    const char *body = "File \"main.c\", line 12, column 5:\n\nDereference of null pointer.")
+{
+    return {title, body, 200, {"Break", "Ignore", "Terminate"}, defaultChoice};
+}
+
+int askInChild(ReportQuestion asked = question())
+{
+    return static_cast<int>(askReport(asked));
+}
+
+TEST(ReportPrompt, ShowsTheQuestionAndTakesOneKeyWithoutEcho)
+{
+    TerminalChild child([] { return askInChild(); });
+    ASSERT_TRUE(child.started());
+    ASSERT_TRUE(child.waitFor(kChoiceLine)) << child.screen();
+    EXPECT_NE(
+        child.screen().find("\r\nNon-Fatal Run-time Error\r\nFile \"main.c\", line 12, column 5:\r\n\r\n"
+                            "Dereference of null pointer.\r\n[b] Break"),
+        std::string::npos)
+        << child.screen();
+    const termios asking = child.settings();
+    EXPECT_EQ(asking.c_lflag & (ICANON | ECHO), 0u) << "one key at a time, not shown";
+    child.type("t");
+    EXPECT_TRUE(child.waitFor("? Terminate\r\n")) << child.screen();
+    EXPECT_EQ(child.exitCode(), static_cast<int>(ReportAnswer::terminate));
+    EXPECT_NE(child.settings().c_lflag & ICANON, 0u);
+}
+
+TEST(ReportPrompt, EachKeyChoosesItsAnswerAndEnterTheDefault)
+{
+    const struct {
+        const char *keys;
+        ReportAnswer defaultChoice;
+        ReportAnswer answer;
+        const char *echoed;
+    } cases[] = {
+        {"b", ReportAnswer::ignore, ReportAnswer::breakIntoDebugger, "Break"},
+        {"B", ReportAnswer::ignore, ReportAnswer::breakIntoDebugger, "Break"},
+        {"i", ReportAnswer::terminate, ReportAnswer::ignore, "Ignore"},
+        {"I", ReportAnswer::terminate, ReportAnswer::ignore, "Ignore"},
+        {"t", ReportAnswer::ignore, ReportAnswer::terminate, "Terminate"},
+        {"T", ReportAnswer::ignore, ReportAnswer::terminate, "Terminate"},
+        {"\r", ReportAnswer::ignore, ReportAnswer::ignore, "Ignore"},
+        {"\r", ReportAnswer::terminate, ReportAnswer::terminate, "Terminate"},
+        {"\n", ReportAnswer::breakIntoDebugger, ReportAnswer::breakIntoDebugger, "Break"},
+    };
+    for (const auto &each : cases) {
+        SCOPED_TRACE(testing::Message()
+                     << "keys " << int(each.keys[0]) << ", default " << int(each.defaultChoice));
+        TerminalChild child([&] { return askInChild(question(each.defaultChoice)); });
+        ASSERT_TRUE(child.waitFor(")? ")) << child.screen();
+        child.type(each.keys);
+        EXPECT_TRUE(child.waitFor(std::string("? ") + each.echoed + "\r\n")) << child.screen();
+        EXPECT_EQ(child.exitCode(), static_cast<int>(each.answer)) << "64: the settings were not restored";
+    }
+}
+
+TEST(ReportPrompt, AsksAgainAfterAnyOtherKey)
+{
+    // An arrow key sends "ESC [ B": its B is no answer.
+    for (const char *other : {"x", "\x1b[B", "\xc3\xa9", " "}) {
+        TerminalChild child([] { return askInChild(); });
+        ASSERT_TRUE(child.waitFor(kChoiceLine)) << child.screen();
+        child.type(other);
+        ASSERT_TRUE(child.waitFor(kChoiceLine, 2)) << child.screen();
+        child.type("i");
+        EXPECT_EQ(child.exitCode(), static_cast<int>(ReportAnswer::ignore)) << child.screen();
+    }
+}
+
+TEST(ReportPrompt, WithoutADefaultEnterAsksAgain)
+{
+    TerminalChild child([] { return askInChild(question(ReportAnswer::nobodyToAsk)); });
+    ASSERT_TRUE(child.waitFor("[t] Terminate? ")) << child.screen();
+    child.type("\r");
+    ASSERT_TRUE(child.waitFor("[t] Terminate? ", 2)) << child.screen();
+    child.type("b");
+    EXPECT_EQ(child.exitCode(), static_cast<int>(ReportAnswer::breakIntoDebugger));
+}
+
+TEST(ReportPrompt, TheTerminalsEndLeavesNobodyToAsk)
+{
+    {
+        // A hang-up ends the program by SIGHUP unless it ignores that, as
+        // one started with nohup does.
+        TerminalChild child([] {
+            signal(SIGHUP, SIG_IGN);
+            return askInChild();
+        });
+        ASSERT_TRUE(child.waitFor(kChoiceLine));
+        child.hangUp();
+        // A hung-up terminal has no settings left to compare.
+        EXPECT_EQ(child.exitCode() & ~TerminalChild::kSettingsChanged,
+                  static_cast<int>(ReportAnswer::nobodyToAsk));
+    }
+    // The end-of-file key (Ctrl-D) is the developer's end of input.
+    TerminalChild child([] { return askInChild(); });
+    ASSERT_TRUE(child.waitFor(kChoiceLine));
+    child.type("\x04");
+    EXPECT_EQ(child.exitCode(), static_cast<int>(ReportAnswer::nobodyToAsk));
+}
+
+TEST(ReportPrompt, WithoutAControllingTerminalNobodyIsAsked)
+{
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        setsid();  // a new session has no controlling terminal
+        alarm(20);
+        char path[64] = "unchanged";
+        const bool none = askReport(question()) == ReportAnswer::nobodyToAsk && !askRetryStart("t", "x") &&
+                          !askProgramPath("zor.exe", path, sizeof path) &&
+                          std::string_view(path) == "unchanged";
+        _exit(none ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+}
+
+TEST(ReportPrompt, AnErrorOnTheTerminalLeavesNobodyToAskAndTheSettingsAsTheyWere)
+{
+    using tollan::testing::SystemCall;
+    using tollan::testing::SystemCallFaults;
+    const struct {
+        SystemCall call;
+        int error;
+        int times;
+        ReportAnswer answer;
+    } cases[] = {
+        {SystemCall::read, EIO, 1, ReportAnswer::nobodyToAsk},
+        {SystemCall::write, EIO, 1, ReportAnswer::nobodyToAsk},
+        {SystemCall::tcgetattr, ENOTTY, 1, ReportAnswer::nobodyToAsk},
+        // Interrupted reads and settings are tried again.
+        {SystemCall::read, EINTR, 3, ReportAnswer::breakIntoDebugger},
+        {SystemCall::tcsetattr, EINTR, 2, ReportAnswer::breakIntoDebugger},
+    };
+    for (const auto &each : cases) {
+        SCOPED_TRACE(testing::Message() << "call " << int(each.call) << ", errno " << each.error);
+        TerminalChild child([&] {
+            SystemCallFaults faults("/dev/tty");
+            faults.fail(each.call, each.error, {.times = each.times});
+            return askInChild();
+        });
+        if (each.answer == ReportAnswer::breakIntoDebugger) {
+            ASSERT_TRUE(child.waitFor(kChoiceLine)) << child.screen();
+            child.type("b");
+        }
+        EXPECT_EQ(child.exitCode(), static_cast<int>(each.answer)) << "64: the settings were not restored";
+    }
+}
+
+std::atomic<bool> signalled{false};
+
+TEST(ReportPrompt, ASignalThatInterruptsTheWaitIsNoAnswer)
+{
+    TerminalChild child([] {
+        struct sigaction handler {};
+        handler.sa_handler = [](int) { signalled = true; };
+        sigaction(SIGUSR1, &handler, nullptr);  // no SA_RESTART: the read fails with EINTR
+        const int answer = askInChild();
+        return signalled ? answer : 99;
+    });
+    ASSERT_TRUE(child.waitFor(kChoiceLine));
+    kill(child.pid(), SIGUSR1);
+    usleep(200 * 1000);
+    child.type("b");
+    EXPECT_EQ(child.exitCode(), static_cast<int>(ReportAnswer::breakIntoDebugger));
+}
+
+TEST(ReportPrompt, TheInterruptKeyInterruptsOnTheTerminalAsItWas)
+{
+    {
+        // The program's handler runs and the question is asked again.
+        TerminalChild child([] {
+            struct sigaction handler {};
+            handler.sa_handler = [](int) { signalled = true; };
+            sigaction(SIGINT, &handler, nullptr);
+            const int answer = askInChild();
+            return signalled ? answer : 99;
+        });
+        ASSERT_TRUE(child.waitFor(kChoiceLine));
+        child.type("\x03");
+        ASSERT_TRUE(child.waitFor(kChoiceLine, 2)) << child.screen();
+        child.type("i");
+        EXPECT_EQ(child.exitCode(), static_cast<int>(ReportAnswer::ignore));
+    }
+    // Without a handler the program ends, and the terminal is as it was.
+    TerminalChild child([] { return askInChild(); });
+    ASSERT_TRUE(child.waitFor(kChoiceLine));
+    child.type("\x03");
+    EXPECT_EQ(child.exitCode(), 128 + SIGINT);
+    EXPECT_EQ(child.settings().c_lflag & (ICANON | ECHO | ISIG), static_cast<tcflag_t>(ICANON | ECHO | ISIG));
+}
+
+TEST(ReportPrompt, TwoThreadsAskOneAfterTheOther)
+{
+    TerminalChild child([] {
+        std::atomic<int> first{-1};
+        std::atomic<int> second{-1};
+        std::thread one([&] { first = askInChild(question(ReportAnswer::ignore, "First", "one")); });
+        std::thread two([&] { second = askInChild(question(ReportAnswer::ignore, "Second", "two")); });
+        one.join();
+        two.join();
+        return first * 4 + second;
+    });
+    ASSERT_TRUE(child.waitFor(kChoiceLine)) << child.screen();
+    usleep(100 * 1000);  // the other thread has long reached its question
+    const bool firstFirst = child.screen().find("First") != std::string::npos;
+    EXPECT_EQ(child.screen().find(firstFirst ? "Second" : "First"), std::string::npos) << child.screen();
+    child.type("i");
+    ASSERT_TRUE(child.waitFor(kChoiceLine, 2)) << child.screen();
+    child.type("t");
+    ASSERT_TRUE(child.waitFor("? Terminate\r\n"));
+    const auto block = [](const char *title, const char *body, const char *answer) {
+        return std::string("\r\n") + title + "\r\n" + body + "\r\n" + std::string(kChoiceLine) + answer +
+               "\r\n";
+    };
+    const std::string expected = firstFirst
+                                     ? block("First", "one", "Ignore") + block("Second", "two", "Terminate")
+                                     : block("Second", "two", "Ignore") + block("First", "one", "Terminate");
+    EXPECT_EQ(child.screen(), expected);
+    const int ignore = static_cast<int>(ReportAnswer::ignore);
+    const int terminate = static_cast<int>(ReportAnswer::terminate);
+    EXPECT_EQ(child.exitCode(), firstFirst ? ignore * 4 + terminate : terminate * 4 + ignore);
+}
+
+}  // namespace

@@ -13,6 +13,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 namespace tollan::platform {
 
@@ -33,6 +34,25 @@ bool debugOutputPipeOpen() noexcept;
 // Debug output (the logger's location 4): one write to the debug-output pipe
 // when it is open, else the system's debug output (Windows) or nothing.
 void debugOutput(const char *text) noexcept;
+
+// The development environment started as the debugger of this process.
+class StartedDebugger {
+public:
+    virtual ~StartedDebugger() = default;
+    // False once the started program has ended.
+    virtual bool running() noexcept = 0;
+};
+
+// Starts the program at path as this process's debugger: on Windows with the
+// command line "\"<path>\" -p0x<process id in hex>" and the default error
+// mode; on POSIX with the arguments {path, "-p0x<process id in hex>"}, and
+// leave for it to read this process's memory (a tracer of our choosing under
+// Yama). Null when it cannot be started.
+std::unique_ptr<StartedDebugger> startDebugger(const char *path) noexcept;
+
+// Dispatches up to `count` window messages waiting for the calling thread
+// (Windows); POSIX has none.
+void dispatchWindowMessages(int count) noexcept;
 
 // The calling thread's last system error (GetLastError; errno elsewhere),
 // kept around calls that talk to the debugger.

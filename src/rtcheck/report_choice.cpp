@@ -14,13 +14,22 @@ constexpr int32_t kNonFatalTitle = 194;
 constexpr int32_t kFatalTitle = 195;
 constexpr int32_t kPositionedBody = 196;
 
-int32_t titleFor(int32_t severity) noexcept
+}  // namespace
+
+const char *reportTitle(int32_t severity) noexcept
 {
-    if (severity == 1) return kWarningTitle;
-    return severity == 2 ? kNonFatalTitle : kFatalTitle;
+    if (severity == 1) return services::libraryMessage(kWarningTitle);
+    return services::libraryMessage(severity == 2 ? kNonFatalTitle : kFatalTitle);
 }
 
-}  // namespace
+void buildDialogBody(char *buffer, size_t size, const char *text, const SourcePosition &position) noexcept
+{
+    if (position.known && position.file != nullptr)
+        formatMessage(buffer, size, kPositionedBody, position.file, static_cast<int>(position.firstLine),
+                      static_cast<int>(position.firstColumn), text);
+    else
+        services::formatTextInto(buffer, size, "%s", text);
+}
 
 ReportChoice unattendedChoice(int32_t severity, const char *setting) noexcept
 {
@@ -35,16 +44,9 @@ ReportChoice unattendedChoice(int32_t severity, const char *setting) noexcept
 void buildReportBody(char *buffer, size_t size, int32_t severity, const char *text,
                      const SourcePosition &position) noexcept
 {
-    int written =
-        services::formatTextInto(buffer, size, "%s\n", services::libraryMessage(titleFor(severity)));
+    const int written = services::formatTextInto(buffer, size, "%s\n", reportTitle(severity));
     if (written < 0 || static_cast<size_t>(written) >= size) return;
-    char *body = buffer + written;
-    const size_t room = size - static_cast<size_t>(written);
-    if (position.known && position.file != nullptr)
-        formatMessage(body, room, kPositionedBody, position.file, static_cast<int>(position.firstLine),
-                      static_cast<int>(position.firstColumn), text);
-    else
-        services::formatTextInto(body, room, "%s", text);
+    buildDialogBody(buffer + written, size - static_cast<size_t>(written), text, position);
 }
 
 }  // namespace tollan::rtcheck

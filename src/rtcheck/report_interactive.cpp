@@ -2,7 +2,10 @@
 
 #include <cstring>
 
+#include <tollan/ansi_c.h>
+
 #include "debugger/channel.h"
+#include "debugger/environment_start.h"
 #include "debugger/events.h"
 #include "platform/debugger.h"
 #include "platform/system.h"
@@ -13,13 +16,17 @@ namespace tollan::rtcheck {
 namespace {
 
 constexpr int kTerminateExitStatus = -1;
+constexpr const char *kNoDebuggerNote =
+    "Break: no debugger watches this process and none was started; the program goes on.\n";
 
 void carryOut(ReportChoice choice) noexcept
 {
     switch (choice) {
         case ReportChoice::breakIntoDebugger:
-            // Stops here while a debugger watches; without one the program goes on.
-            debugger::breakIntoDebugger();
+            if (platform::debuggerPresent() || debugger::startDevelopmentEnvironment())
+                debugger::breakIntoDebugger();
+            else
+                tollan_fputs(kNoDebuggerNote, tollan_standard_stream(2));
             return;
         case ReportChoice::ignore:
             return;

@@ -1,0 +1,126 @@
+// Resolution of an item before conversion: '*' values, limits and the
+// terminator set of strings.
+#include <cstring>
+#include <initializer_list>
+
+#include "fmtio/fmt_conversion.h"
+
+namespace tollan::fmtio {
+namespace {
+
+// The value of a number whose marker is not the default: the digits in the
+// format string, or the '*' argument it names.
+int64_t numberOf(int8_t marker, int64_t literal, const ArgumentValue *values) noexcept
+{
+    return marker > 0 ? values[marker].integer : literal;
+}
+
+void clearCharacter(uint8_t *set, unsigned char c) noexcept
+{
+    set[c >> 3] = static_cast<uint8_t>(set[c >> 3] & ~(1u << (c & 7)));
+}
+
+bool byteOrderGiven(const FormatItem &item) noexcept
+{
+    for (uint8_t named : item.as.integer.byteOrder)
+        if (named != 255) return true;
+    return false;
+}
+
+// The characters that end a string item in its role.
+void settleCharacterSet(const FormatItem &item, Role role, bool sourceSplitsAtComma, uint8_t *set) noexcept
+{
+    std::memcpy(set, item.as.string.characterSet, 32);
+    if (item.as.string.lineFlag != 0) {
+        for (unsigned char c : {'\0', '\n', '\r'}) clearCharacter(set, c);
+        return;
+    }
+    if (role == Role::fmtTarget) {
+        std::memset(set, 0xFF, 32);
+        return;
+    }
+    if (item.as.string.terminatorSet) return;
+    std::memset(set, 0xFF, 32);
+    clearCharacter(set, '\0');
+    if (role != Role::scanTarget) return;
+    if (sourceSplitsAtComma) {
+        clearCharacter(set, ',');
+        return;
+    }
+    for (unsigned char c : {'\t', '\n', '\v', '\f', '\r', ' '}) clearCharacter(set, c);
+}
+
+int32_t resolveInteger(const FormatItem &item, const ArgumentValue *values, Conversion *conversion) noexcept
+{
+    const auto &integer = item.as.integer;
+    const int64_t radix = integer.radixMarker == FMT_MARKER_DEFAULT
+                              ? integer.radix
+                              : numberOf(integer.radixMarker, integer.radix, values);
+    if (radix != 8 && radix != 10 && radix != 16 && radix != 256) return FMT_ERR_ILLEGAL_ASTERISK_VALUE;
+    conversion->radix = static_cast<uint32_t>(radix);
+    const bool ordered = byteOrderGiven(item);
+    conversion->binary = radix == 256 || ordered;
+    // A plain c is one character, whatever size its argument arrives in.
+    const bool plainCharacter = radix == 256 && item.sizeMarker == FMT_MARKER_DEFAULT &&
+                                integer.radixMarker == FMT_MARKER_DEFAULT && !ordered;
+    conversion->rawBytes = plainCharacter ? 1 : static_cast<int>(item.size);
+    return 0;
+}
+
+int32_t resolveReal(const FormatItem &item, const ArgumentValue *values, Conversion *conversion) noexcept
+{
+    const auto &real = item.as.real;
+    conversion->precision = kNoPrecision;
+    if (real.precisionMarker != FMT_MARKER_DEFAULT) {
+        const int64_t precision = numberOf(real.precisionMarker, real.precision, values);
+        if (precision < 0) return FMT_ERR_ILLEGAL_ASTERISK_VALUE;
+        conversion->precision =
+            static_cast<uint32_t>(precision > kLargestPrecision ? kLargestPrecision : precision);
+    }
+    const int64_t digits = numberOf(real.exponentDigitsMarker, real.exponentDigits, values);
+    if (digits < 0) return FMT_ERR_ILLEGAL_ASTERISK_VALUE;
+    conversion->exponentDigits =
+        static_cast<uint32_t>(digits > kLargestExponentDigits ? kLargestExponentDigits : digits);
+    return 0;
+}
+
+}  // namespace
+
+int32_t resolveConversion(const FormatItem &item, const ArgumentValue *values, Role role,
+                          bool sourceSplitsAtComma, Conversion *conversion) noexcept
+{
+    *conversion = Conversion{};
+    conversion->item = &item;
+    conversion->role = role;
+
+    const int64_t width = numberOf(item.widthMarker, item.width, values);
+    if (width < 0) return FMT_ERR_NEGATIVE_WIDTH;
+    conversion->width = width == 0 || item.widthMarker == FMT_MARKER_DEFAULT ? kUnlimited : width;
+    const bool numeric = item.kind == FMT_ITEM_INTEGER || item.kind == FMT_ITEM_REAL;
+    const bool limitedRole = role == Role::fmtSource || role == Role::scanSource;
+    if (numeric && limitedRole && conversion->width != kUnlimited && conversion->width > kLargestFieldWidth)
+        return FMT_ERR_WIDTH_EXCEEDED;
+
+    conversion->isArray = item.repetitionMarker != FMT_MARKER_DEFAULT;
+    const int64_t count =
+        conversion->isArray ? numberOf(item.repetitionMarker, item.repetitionCount, values) : 1;
+    const int64_t offset = numberOf(item.iMarker, item.iValue, values);
+    if (count < 0 || count > UINT32_MAX || offset < 0) return FMT_ERR_ILLEGAL_ASTERISK_VALUE;
+    conversion->count = static_cast<uint32_t>(count);
+    conversion->offset = offset;
+
+    switch (item.kind) {
+        case FMT_ITEM_INTEGER:
+            return resolveInteger(item, values, conversion);
+        case FMT_ITEM_REAL:
+            return resolveReal(item, values, conversion);
+        case FMT_ITEM_STRING:
+            if (item.as.string.aFlag && limitedRole) return FMT_ERR_INCOMPATIBLE_PARAMETER;
+            settleCharacterSet(item, role, sourceSplitsAtComma, conversion->characterSet);
+            return 0;
+        default:
+            return 0;
+    }
+}
+
+}  // namespace tollan::fmtio

@@ -353,18 +353,40 @@ typedef enum FmtErrorCode {
 
 /* Parses the whole format string (length bytes at format) of the Scan family
  * (isScan non-zero) or the Fmt family, and fills table (room for
- * TOLLAN_FMT_MAX_ARGS entries; NULL only counts).
- * Returns the number of arguments the format asks for, or on a parse error
- * the negated byte offset of the offending character (0 or below), with its
- * message number in *errorCode. */
+ * TOLLAN_FMT_MAX_ARGS entries; NULL only counts). A format of NULL is the
+ * empty one. After an item with a j value given as digits, that many
+ * characters of the format are skipped before the next item.
+ * Returns the number of arguments the format asks for after itself, or on a
+ * parse error the negated byte offset of the offending character (0 or
+ * below), with its message number in *errorCode (0 after a success; errorCode
+ * may be NULL). A range that wraps around the address space is reported as
+ * an assertion and cut at the highest address. */
 TOLLAN_API int32_t generate_arg_types(const char *format, size_t length, ArgTypeEntry *table, int32_t isScan,
                                       int32_t *errorCode) TOLLAN_NOEXCEPT;
 
 /* Parses the item at *cursor (before end), advances *cursor past it, fills
- * *item and appends the item's arguments to table (may be NULL) and to
- * *entryCount. isFirst: the cursor is at the start of the string. Returns
- * FMT_PARSED_..., FMT_PARSE_ERROR (with *errorCode, *cursor at the offending
- * character) or FMT_PARSE_END. */
+ * *item and appends the item's arguments to table (may be NULL: they are
+ * only counted) at index *entryCount, which it raises. The item's own entry
+ * comes after the '*' integers it consumes, except for the first item, whose
+ * own entry is moved to the front (its '*' indices rise by one to match).
+ * isFirst: the cursor is at the start of the string; the call then settles
+ * the first half too, and returns
+ *   FMT_PARSED_FIRST_ITEM  the first item, and the separator after it;
+ *   FMT_PARSED_SEPARATOR   the string began with the separator: *item is the
+ *                          implied string parameter (entry 1);
+ *   FMT_PARSED_ITEM        no separator follows the first item: the whole
+ *                          string lists the second half, entry 1 is an
+ *                          implied string parameter and *item is the second
+ *                          half's first item (parsed from the start again);
+ *   FMT_PARSE_END          an empty string: entry 1 is the implied string
+ *                          and *item describes it.
+ * Later calls return FMT_PARSED_ITEM or FMT_PARSE_END (nothing left). Any
+ * call may return FMT_PARSE_ERROR, with the message number in *errorCode
+ * (when not NULL; 0 after a success) and *cursor at the offending character
+ * (at end when the string ended too early). A null cursor, entryCount or
+ * item, a cursor past end or a count outside 0..TOLLAN_FMT_MAX_ARGS give
+ * FMT_PARSE_ERROR with *errorCode 0. The j value is recorded, not skipped:
+ * skipping is the caller's. */
 TOLLAN_API int32_t ParseFormatItem(const char **cursor, const char *end, ArgTypeEntry *table,
                                    int32_t *entryCount, int32_t isScan, int32_t isFirst, FormatItem *item,
                                    int32_t *errorCode) TOLLAN_NOEXCEPT;

@@ -20,11 +20,13 @@ void clearCharacter(uint8_t *set, unsigned char c) noexcept
     set[c >> 3] = static_cast<uint8_t>(set[c >> 3] & ~(1u << (c & 7)));
 }
 
-bool byteOrderGiven(const FormatItem &item) noexcept
+// The number of byte positions the o modifier names.
+int namedPositions(const FormatItem &item) noexcept
 {
+    int count = 0;
     for (uint8_t named : item.as.integer.byteOrder)
-        if (named != 255) return true;
-    return false;
+        if (named != 255) ++count;
+    return count;
 }
 
 // The characters that end a string item in its role.
@@ -50,7 +52,8 @@ void settleCharacterSet(const FormatItem &item, Role role, bool sourceSplitsAtCo
     for (unsigned char c : {'\t', '\n', '\v', '\f', '\r', ' '}) clearCharacter(set, c);
 }
 
-int32_t resolveInteger(const FormatItem &item, const ArgumentValue *values, Conversion *conversion) noexcept
+int32_t resolveInteger(const FormatItem &item, const ArgumentValue *values, Role role,
+                       Conversion *conversion) noexcept
 {
     const auto &integer = item.as.integer;
     const int64_t radix = integer.radixMarker == FMT_MARKER_DEFAULT
@@ -58,12 +61,17 @@ int32_t resolveInteger(const FormatItem &item, const ArgumentValue *values, Conv
                               : numberOf(integer.radixMarker, integer.radix, values);
     if (radix != 8 && radix != 10 && radix != 16 && radix != 256) return FMT_ERR_ILLEGAL_ASTERISK_VALUE;
     conversion->radix = static_cast<uint32_t>(radix);
-    const bool ordered = byteOrderGiven(item);
-    conversion->binary = radix == 256 || ordered;
-    // A plain c is one character, whatever size its argument arrives in.
-    const bool plainCharacter = radix == 256 && item.sizeMarker == FMT_MARKER_DEFAULT &&
-                                integer.radixMarker == FMT_MARKER_DEFAULT && !ordered;
-    conversion->rawBytes = plainCharacter ? 1 : static_cast<int>(item.size);
+    const int named = namedPositions(item);
+    conversion->binary = radix == 256 || named != 0;
+    conversion->rawBytes = static_cast<int>(item.size);
+    // A c item is one character, whatever size its argument arrives in; a c
+    // that Fmt takes by value always arrives as an int, so there its o
+    // modifier alone tells how many bytes it stands for.
+    const bool isCharacter = radix == 256 && integer.radixMarker == FMT_MARKER_DEFAULT;
+    const bool byValue =
+        role == Role::fmtSource && item.repetitionMarker == FMT_MARKER_DEFAULT && !item.zFlag;
+    if (isCharacter && byValue) conversion->rawBytes = named != 0 ? named : 1;
+    if (isCharacter && item.sizeMarker == FMT_MARKER_DEFAULT && named == 0) conversion->rawBytes = 1;
     return 0;
 }
 
@@ -111,7 +119,7 @@ int32_t resolveConversion(const FormatItem &item, const ArgumentValue *values, R
 
     switch (item.kind) {
         case FMT_ITEM_INTEGER:
-            return resolveInteger(item, values, conversion);
+            return resolveInteger(item, values, role, conversion);
         case FMT_ITEM_REAL:
             return resolveReal(item, values, conversion);
         case FMT_ITEM_STRING:

@@ -38,8 +38,9 @@ TEST(BinaryPacking, ScalarsInEachByteOrder)
         {256, 4, "32", 0x11223344, "\x11\x22\x22\x11"},  // unnamed positions keep their own byte
     };
     for (const PackCase &c : cases) {
-        FormatItem item = integerItem(c.radix, c.size, false);
+        FormatItem item = integerItem(c.radix, c.size, false);  // %d[bN r256 o...]
         item.sizeMarker = FMT_MARKER_LITERAL;
+        item.as.integer.radixMarker = FMT_MARKER_LITERAL;
         setByteOrder(item, c.order);
         const Conversion conversion = resolved(item, Role::fmtSource);
         ByteBuffer out;
@@ -57,13 +58,17 @@ TEST(BinaryPacking, ScalarsInEachByteOrder)
     }
 }
 
-TEST(BinaryPacking, APlainCharacterIsOneByteWhateverItsArgumentsSize)
+TEST(BinaryPacking, ACharacterPassedByValueIsOneByteOrAsManyAsItsOrderNames)
 {
-    FormatItem item = integerItem(256, 4, false);  // %c passed by value
-    item.sizeMarker = FMT_MARKER_DEFAULT;
+    FormatItem item = integerItem(256, 4, false);  // %c[b2] passed by value arrives as an int
     ByteBuffer out;
     ASSERT_EQ(formatParameter(out, resolved(item, Role::fmtSource), ArgumentValue{'Z', 0, nullptr}, true), 0);
     EXPECT_EQ(bytesOf(out), "Z");
+    setByteOrder(item, "01");  // %c[b2o01]
+    out.clear();
+    ASSERT_EQ(formatParameter(out, resolved(item, Role::fmtSource), ArgumentValue{0x4142, 0, nullptr}, true),
+              0);
+    EXPECT_EQ(bytesOf(out), "BA");
 }
 
 TEST(BinaryPacking, ArraysOfBigEndianWordsHaveNoSeparators)

@@ -1,5 +1,7 @@
 #include "services/messages.h"
 
+#include "services/format_messages.h"
+
 #include <iterator>
 
 namespace tollan::services {
@@ -136,6 +138,7 @@ constexpr const MessageRange *kRanges[] = {
     &kGeneralMessages,
     &kRegistryMessages,
     &kRunTimeCheckingMessages,
+    &kFormatLanguageMessages,
 };
 
 }  // namespace

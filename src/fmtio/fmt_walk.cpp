@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "fmtio/format_parser_report.h"
+
 namespace tollan::fmtio {
 namespace {
 
@@ -41,7 +43,10 @@ int32_t FormatWalk::step(bool isFirst, FormatItem *item, int32_t *result) noexce
     int32_t errorCode = 0;
     *item = FormatItem{};
     *result = ParseFormatItem(&cursor_, end_, table_, &entryCount_, isScan_, isFirst, item, &errorCode);
-    if (*result == FMT_PARSE_ERROR) return errorCode;
+    if (*result == FMT_PARSE_ERROR) {
+        reportFormatError(static_cast<int32_t>(cursor_ - start_), errorCode);
+        return errorCode;
+    }
     // The characters named by a literal j belong to the item (its separator),
     // not to the text that follows.
     separator_ = nullptr;

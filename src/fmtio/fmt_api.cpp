@@ -3,6 +3,7 @@
 
 #include <tollan/fmtio.h>
 
+#include "fmtio/fmt_arguments.h"
 #include "fmtio/fmt_engine.h"
 #include "fmtio/fmt_results.h"
 
@@ -12,7 +13,8 @@ int32_t Fmt(void *target, const char *format, ...) noexcept
 {
     va_list args;
     va_start(args, format);
-    const int32_t result = runFmt(FmtDestination{FmtDestination::Kind::memory, target, 0}, format, &args);
+    FormatArguments arguments(args);
+    const int32_t result = runFmt(FmtDestination{FmtDestination::Kind::memory, target, 0}, format, arguments);
     va_end(args);
     return result;
 }
@@ -21,7 +23,9 @@ int32_t FmtFile(int32_t handle, const char *format, ...) noexcept
 {
     va_list args;
     va_start(args, format);
-    const int32_t result = runFmt(FmtDestination{FmtDestination::Kind::file, nullptr, handle}, format, &args);
+    FormatArguments arguments(args);
+    const int32_t result =
+        runFmt(FmtDestination{FmtDestination::Kind::file, nullptr, handle}, format, arguments);
     va_end(args);
     return result;
 }
@@ -30,8 +34,9 @@ int32_t FmtOut(const char *format, ...) noexcept
 {
     va_list args;
     va_start(args, format);
+    FormatArguments arguments(args);
     const int32_t result =
-        runFmt(FmtDestination{FmtDestination::Kind::standardOutput, nullptr, 0}, format, &args);
+        runFmt(FmtDestination{FmtDestination::Kind::standardOutput, nullptr, 0}, format, arguments);
     va_end(args);
     return result;
 }

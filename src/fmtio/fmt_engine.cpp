@@ -19,12 +19,12 @@ int32_t failure(int32_t code) noexcept
 }
 
 // Formats the second half into bytes; *items counts the sources.
-int32_t formatSources(FormatWalk &walk, ByteBuffer &bytes, int32_t *items) noexcept
+int32_t formatSources(FormatWalk &walk, ByteBuffer &bytes, int32_t *items, FormatArguments &args) noexcept
 {
     for (;;) {
         FormatItem item;
         bool more = false;
-        if (const int32_t error = walk.next(&item, &more)) return error;
+        if (const int32_t error = walk.next(&item, &more, args)) return error;
         if (!more) return 0;
         if (item.kind == FMT_ITEM_LITERAL) {
             bytes.append(item.position, static_cast<size_t>(item.size));
@@ -41,23 +41,23 @@ int32_t formatSources(FormatWalk &walk, ByteBuffer &bytes, int32_t *items) noexc
 
 }  // namespace
 
-int32_t runFmt(const FmtDestination &destination, const char *format, va_list *args) noexcept
+int32_t runFmt(const FmtDestination &destination, const char *format, FormatArguments &args) noexcept
 {
     formatResults().fmtdBytes = 0;
     const bool inMemory = destination.kind == FmtDestination::Kind::memory;
     if (!format || (inMemory && !destination.memory)) return -FMT_ERR_NULL_POINTER;
 
-    FormatWalk walk(format, false, destination.memory, args);
+    FormatWalk walk(format, false, destination.memory);
     FormatItem targetItem;
     FormatWalk::First found;
-    if (const int32_t error = walk.first(&targetItem, &found)) return -error;
+    if (const int32_t error = walk.first(&targetItem, &found, args)) return -error;
     if (found == FormatWalk::First::implied) targetItem = impliedString();
     Conversion target;
     if (const int32_t error = walk.resolve(targetItem, Role::fmtTarget, false, &target)) return -error;
 
     ByteBuffer bytes;
     int32_t items = 0;
-    if (const int32_t error = formatSources(walk, bytes, &items)) return -error;
+    if (const int32_t error = formatSources(walk, bytes, &items, args)) return -error;
     if (bytes.failed()) return failWith(ioerror::kNoMemory);
     if (const int32_t error = deliverFmt(destination, target, bytes, &formatResults().fmtdBytes))
         return failure(error);

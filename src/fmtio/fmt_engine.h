@@ -2,8 +2,9 @@
 // into bytes, then hands them to the target.
 #pragma once
 
-#include <cstdarg>
 #include <cstdint>
+
+#include "fmtio/fmt_arguments.h"
 
 namespace tollan::fmtio {
 
@@ -20,6 +21,6 @@ struct FmtDestination {
 // number of source items formatted; a negated message number; or -1 when
 // memory ran short (I/O error 4) or the file or stream failed (its I/O
 // error).
-int32_t runFmt(const FmtDestination &destination, const char *format, va_list *args) noexcept;
+int32_t runFmt(const FmtDestination &destination, const char *format, FormatArguments &args) noexcept;
 
 }  // namespace tollan::fmtio

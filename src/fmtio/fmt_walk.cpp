@@ -9,35 +9,29 @@ namespace {
 
 // How the item's own parameter arrives: Fmt's scalar numbers by value
 // (promoted to int, long long or double), everything else by address.
-ArgumentValue fetchOwn(const FormatItem &item, bool isScan, va_list *args) noexcept
+ArgumentValue fetchOwn(const FormatItem &item, bool isScan, FormatArguments &args) noexcept
 {
     ArgumentValue value{};
     const bool byValue = !isScan && (item.kind == FMT_ITEM_INTEGER || item.kind == FMT_ITEM_REAL) &&
                          item.repetitionMarker == FMT_MARKER_DEFAULT && !item.zFlag;
-    if (!byValue)
-        value.pointer = va_arg(*args, const void *);
-    else if (item.kind == FMT_ITEM_REAL)
-        value.real = va_arg(*args, double);
-    else if (item.size > 4)
-        value.integer = va_arg(*args, long long);
-    else
-        value.integer = va_arg(*args, int);
+    if (!byValue) {
+        value.pointer = args.nextAddress();
+    } else if (item.kind == FMT_ITEM_REAL) {
+        value.real = args.nextDouble();
+    } else {
+        value.integer = item.size > 4 ? args.nextLongLong() : args.nextInt();
+    }
     return value;
 }
 
 }  // namespace
 
-FormatWalk::FormatWalk(const char *format, bool isScan, const void *target, va_list *args) noexcept
-    : start_(format),
-      cursor_(format),
-      end_(format + std::strlen(format)),
-      isScan_(isScan),
-      target_(target),
-      args_(args)
+FormatWalk::FormatWalk(const char *format, bool isScan, const void *target) noexcept
+    : start_(format), cursor_(format), end_(format + std::strlen(format)), isScan_(isScan), target_(target)
 {
 }
 
-int32_t FormatWalk::step(bool isFirst, FormatItem *item, int32_t *result) noexcept
+int32_t FormatWalk::step(bool isFirst, FormatItem *item, int32_t *result, FormatArguments &args) noexcept
 {
     const int32_t from = entryCount_;
     int32_t errorCode = 0;
@@ -58,30 +52,31 @@ int32_t FormatWalk::step(bool isFirst, FormatItem *item, int32_t *result) noexce
         cursor_ += separatorLength_;
     }
     // The first step's entries are fetched once it is known what it found.
-    if (!isFirst) fetch(from, *item, 0);
+    if (!isFirst) fetch(from, *item, 0, args);
     return 0;
 }
 
-void FormatWalk::fetch(int32_t from, const FormatItem &item, int32_t boundIndex) noexcept
+void FormatWalk::fetch(int32_t from, const FormatItem &item, int32_t boundIndex,
+                       FormatArguments &args) noexcept
 {
     for (int32_t index = from + 1; index <= entryCount_ && index <= TOLLAN_FMT_MAX_ARGS; ++index) {
         if (index == boundIndex) {
             values_[index].pointer = target_;
         } else if (table_[index - 1].fromAsterisk) {
-            values_[index].integer = va_arg(*args_, int);
+            values_[index].integer = args.nextInt();
         } else {
-            values_[index] = fetchOwn(item, isScan_, args_);
+            values_[index] = fetchOwn(item, isScan_, args);
         }
     }
 }
 
-int32_t FormatWalk::first(FormatItem *item, First *found) noexcept
+int32_t FormatWalk::first(FormatItem *item, First *found, FormatArguments &args) noexcept
 {
     int32_t result = 0;
-    if (const int32_t error = step(true, item, &result)) return error;
+    if (const int32_t error = step(true, item, &result, args)) return error;
     if (result == FMT_PARSED_FIRST_ITEM) {
         *found = First::item;
-        fetch(0, *item, item->parameterIndex);
+        fetch(0, *item, item->parameterIndex, args);
         return 0;
     }
     // No first item: the first parameter is an implied string, the table's
@@ -96,10 +91,10 @@ int32_t FormatWalk::first(FormatItem *item, First *found) noexcept
     return 0;
 }
 
-int32_t FormatWalk::next(FormatItem *item, bool *more) noexcept
+int32_t FormatWalk::next(FormatItem *item, bool *more, FormatArguments &args) noexcept
 {
     int32_t result = 0;
-    if (const int32_t error = step(false, item, &result)) return error;
+    if (const int32_t error = step(false, item, &result, args)) return error;
     *more = result != FMT_PARSE_END;
     return 0;
 }

@@ -3,6 +3,7 @@
 
 #include <tollan/fmtio.h>
 
+#include "fmtio/fmt_arguments.h"
 #include "fmtio/fmt_results.h"
 #include "fmtio/scan_engine.h"
 
@@ -12,7 +13,8 @@ int32_t Scan(const void *source, const char *format, ...) noexcept
 {
     va_list args;
     va_start(args, format);
-    const int32_t result = runScan(ScanOrigin{ScanOrigin::Kind::memory, source, 0}, format, &args);
+    FormatArguments arguments(args);
+    const int32_t result = runScan(ScanOrigin{ScanOrigin::Kind::memory, source, 0}, format, arguments);
     va_end(args);
     return result;
 }
@@ -21,7 +23,8 @@ int32_t ScanFile(int32_t handle, const char *format, ...) noexcept
 {
     va_list args;
     va_start(args, format);
-    const int32_t result = runScan(ScanOrigin{ScanOrigin::Kind::file, nullptr, handle}, format, &args);
+    FormatArguments arguments(args);
+    const int32_t result = runScan(ScanOrigin{ScanOrigin::Kind::file, nullptr, handle}, format, arguments);
     va_end(args);
     return result;
 }
@@ -30,7 +33,9 @@ int32_t ScanIn(const char *format, ...) noexcept
 {
     va_list args;
     va_start(args, format);
-    const int32_t result = runScan(ScanOrigin{ScanOrigin::Kind::standardInput, nullptr, 0}, format, &args);
+    FormatArguments arguments(args);
+    const int32_t result =
+        runScan(ScanOrigin{ScanOrigin::Kind::standardInput, nullptr, 0}, format, arguments);
     va_end(args);
     return result;
 }

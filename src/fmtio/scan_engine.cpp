@@ -31,12 +31,12 @@ bool matchLiteral(ScanRun &run, const FormatItem &item) noexcept
 }
 
 // Reads the targets until the format, the source or a literal ends the Scan.
-int32_t scanTargets(ScanRun &run) noexcept
+int32_t scanTargets(ScanRun &run, FormatArguments &args) noexcept
 {
     for (;;) {
         FormatItem item;
         bool more = false;
-        if (const int32_t error = run.walk.next(&item, &more)) return error;
+        if (const int32_t error = run.walk.next(&item, &more, args)) return error;
         if (!more) return 0;
         if (item.kind == FMT_ITEM_LITERAL) {
             if (!matchLiteral(run, item)) return 0;
@@ -59,17 +59,17 @@ int32_t scanTargets(ScanRun &run) noexcept
 
 }  // namespace
 
-int32_t runScan(const ScanOrigin &origin, const char *format, va_list *args) noexcept
+int32_t runScan(const ScanOrigin &origin, const char *format, FormatArguments &args) noexcept
 {
     FormatResults &results = formatResults();
     results.scanItems = 0;
     results.scanBytes = 0;
     if (!format) return -FMT_ERR_NULL_POINTER;
 
-    FormatWalk walk(format, true, origin.memory, args);
+    FormatWalk walk(format, true, origin.memory);
     FormatItem sourceItem;
     FormatWalk::First found;
-    if (const int32_t error = walk.first(&sourceItem, &found)) return -error;
+    if (const int32_t error = walk.first(&sourceItem, &found, args)) return -error;
     if (found == FormatWalk::First::implied) sourceItem = impliedString();
     Conversion source;
     if (const int32_t error = walk.resolve(sourceItem, Role::scanSource, false, &source)) return -error;
@@ -78,7 +78,7 @@ int32_t runScan(const ScanOrigin &origin, const char *format, va_list *args) noe
     ScanRun run{walk, {}, sourceItem.kind == FMT_ITEM_STRING && sourceItem.as.string.lineFlag == 2};
     if (const int32_t error = takeSource(origin, source, held, &run.text)) return error > 0 ? -error : error;
     const char *begin = run.text.at;
-    const int32_t error = scanTargets(run);
+    const int32_t error = scanTargets(run, args);
     results.scanItems = run.filled;
     results.scanBytes = static_cast<int32_t>(run.text.at - begin);
     return error ? -error : run.filled;

@@ -3,8 +3,9 @@
 // item.
 #pragma once
 
-#include <cstdarg>
 #include <cstdint>
+
+#include "fmtio/fmt_arguments.h"
 
 namespace tollan::fmtio {
 
@@ -22,6 +23,6 @@ struct ScanOrigin {
 // error where the source ends or a literal does not match); a negated message
 // number; or -1 when memory ran short (I/O error 4) or the file or stream
 // failed (its I/O error).
-int32_t runScan(const ScanOrigin &origin, const char *format, va_list *args) noexcept;
+int32_t runScan(const ScanOrigin &origin, const char *format, FormatArguments &args) noexcept;
 
 }  // namespace tollan::fmtio

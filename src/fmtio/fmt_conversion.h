@@ -76,7 +76,7 @@ inline int byteNumberAt(const FormatItem &item, int k) noexcept
 // l item with the c modifier. Returns 0, or the message number that refuses
 // the item (249 a width above 511, 250 a negative width, 256 a bad radix or a
 // negative count, precision, offset or exponent, 234 an a flag where none may
-// be).
+// be, or literal text as the first item).
 int32_t resolveConversion(const FormatItem &item, const ArgumentValue *values, Role role,
                           bool sourceSplitsAtComma, Conversion *conversion) noexcept;
 

@@ -127,7 +127,9 @@ int32_t resolveConversion(const FormatItem &item, const ArgumentValue *values, R
             settleCharacterSet(item, role, sourceSplitsAtComma, conversion->characterSet);
             return 0;
         default:
-            return 0;
+            // Literal text before the separator describes no target or
+            // source.
+            return FMT_ERR_INCOMPATIBLE_PARAMETER;
     }
 }
 

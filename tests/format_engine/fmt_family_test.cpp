@@ -121,6 +121,7 @@ TEST(FmtFamily, BadArgumentsAndFormatsAreRefusedWithTheirMessages)
         {"%s<%d[w6u", -FMT_ERR_MISSING_BRACKET, nullptr},
         {"%s<a<b", -FMT_ERR_ILLEGAL_SEPARATOR, nullptr},
         {"%s<%s[a]", -FMT_ERR_INCOMPATIBLE_PARAMETER, nullptr},
+        {"%%s<%d", -FMT_ERR_INCOMPATIBLE_PARAMETER, nullptr},
     };
     for (const Case &c : cases) EXPECT_EQ(Fmt(out, c.format, 123, "s"), c.result) << c.format;
     EXPECT_EQ(Fmt(out, "%s<%d[w*]", -1, 5), -FMT_ERR_NEGATIVE_WIDTH);

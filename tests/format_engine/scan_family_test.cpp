@@ -159,6 +159,7 @@ TEST(ScanFamily, RefusalsWithTheirMessages)
     EXPECT_EQ(Scan(nullptr, "%s>%d", &n), -FMT_ERR_NULL_POINTER);
     EXPECT_EQ(Scan("5", "%s>%s[c]", &n), -FMT_ERR_C_WITHOUT_LINE);
     EXPECT_EQ(Scan("5", "%s<%d", &n), -FMT_ERR_ILLEGAL_SEPARATOR);
+    EXPECT_EQ(Scan("5", "%%s>%d", &n), -FMT_ERR_INCOMPATIBLE_PARAMETER);
 }
 
 TEST(ScanFamily, AHugeCountStopsWhereTheSourceEnds)

@@ -94,3 +94,4 @@ void BM_SscanfLine(benchmark::State &state)
 BENCHMARK(BM_SscanfLine);
 
 }  // namespace
+BENCHMARK_MAIN();

@@ -78,7 +78,6 @@ int32_t resolveInteger(const FormatItem &item, const ArgumentValue *values, Role
 int32_t resolveReal(const FormatItem &item, const ArgumentValue *values, Conversion *conversion) noexcept
 {
     const auto &real = item.as.real;
-    conversion->precision = kNoPrecision;
     if (real.precisionMarker != FMT_MARKER_DEFAULT) {
         const int64_t precision = numberOf(real.precisionMarker, real.precision, values);
         if (precision < 0) return FMT_ERR_ILLEGAL_ASTERISK_VALUE;
@@ -97,9 +96,16 @@ int32_t resolveReal(const FormatItem &item, const ArgumentValue *values, Convers
 int32_t resolveConversion(const FormatItem &item, const ArgumentValue *values, Role role,
                           bool sourceSplitsAtComma, Conversion *conversion) noexcept
 {
-    *conversion = Conversion{};
+    // Every field but the character set is set here; the set only for strings.
     conversion->item = &item;
     conversion->role = role;
+    conversion->radix = 0;
+    conversion->precision = kNoPrecision;
+    conversion->exponentDigits = 0;
+    conversion->separator = nullptr;
+    conversion->separatorLength = 0;
+    conversion->binary = false;
+    conversion->rawBytes = 0;
 
     const int64_t width = numberOf(item.widthMarker, item.width, values);
     if (width < 0) return FMT_ERR_NEGATIVE_WIDTH;

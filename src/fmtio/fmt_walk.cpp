@@ -35,7 +35,6 @@ int32_t FormatWalk::step(bool isFirst, FormatItem *item, int32_t *result, Format
 {
     const int32_t from = entryCount_;
     int32_t errorCode = 0;
-    *item = FormatItem{};
     *result = ParseFormatItem(&cursor_, end_, table_, &entryCount_, isScan_, isFirst, item, &errorCode);
     if (*result == FMT_PARSE_ERROR) {
         reportFormatError(static_cast<int32_t>(cursor_ - start_), errorCode);

@@ -53,7 +53,8 @@ private:
     const void *target_;
     int32_t entryCount_ = 0;
     ArgTypeEntry table_[TOLLAN_FMT_MAX_ARGS + 1];
-    ArgumentValue values_[TOLLAN_FMT_MAX_ARGS + 2] = {};
+    // Written for each entry as it appears, before any marker can name it.
+    ArgumentValue values_[TOLLAN_FMT_MAX_ARGS + 2];
     const char *separator_ = nullptr;  // the last item's j characters
     size_t separatorLength_ = 0;
 };

@@ -57,9 +57,8 @@ int32_t scanInteger(ScanText &text, const Conversion &conversion, uint64_t *bits
     bool tooBig = false;
     const char *digits = at;
     for (int digit; at < end && (digit = digitValue(*at)) < radix; ++at) {
-        const auto d = static_cast<uint64_t>(digit);
-        if (magnitude > (UINT64_MAX - d) / static_cast<uint64_t>(radix)) tooBig = true;
-        magnitude = magnitude * static_cast<uint64_t>(radix) + d;
+        tooBig |= __builtin_mul_overflow(magnitude, static_cast<uint64_t>(radix), &magnitude);
+        tooBig |= __builtin_add_overflow(magnitude, static_cast<uint64_t>(digit), &magnitude);
     }
     if (at == digits) return limited && at == end ? FMT_ERR_WIDTH_TOO_SMALL : FMT_ERR_NO_INTEGER;
     if (negative && !item.as.integer.isSigned) return FMT_ERR_NO_INTEGER;

@@ -1,5 +1,7 @@
 #include "fmtio/scan_source.h"
 
+#include <cstring>
+
 #include <tollan/ansi_c.h>
 
 #include "fmtio/fmt_source.h"
@@ -18,9 +20,21 @@ bool endsSource(const Conversion &source, const char *at, int64_t taken) noexcep
            !inCharacterSet(source, static_cast<unsigned char>(*at));
 }
 
+// Whether the set lets every character but NUL be part of the string, as it
+// does for the usual source.
+bool endsOnlyAtNul(const Conversion &source) noexcept
+{
+    if (source.characterSet[0] != 0xFE) return false;
+    for (size_t k = 1; k < sizeof source.characterSet; ++k)
+        if (source.characterSet[k] != 0xFF) return false;
+    return true;
+}
+
 ScanText stringInMemory(const Conversion &source, const char *string) noexcept
 {
     const char *start = string + offsetWithin(source, string);
+    if (source.width == kUnlimited && endsOnlyAtNul(source))
+        return ScanText{start, start + std::strlen(start)};
     int64_t length = 0;
     while (!endsSource(source, start + length, length)) ++length;
     return ScanText{start, start + length};

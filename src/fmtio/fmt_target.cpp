@@ -20,7 +20,14 @@ int32_t deliverToString(char *string, const Conversion &target, const ByteBuffer
     char *start = string;
     if (target.item->as.string.aFlag) start += std::strlen(start);
     start += target.offset;
-    const size_t count = roomFor(target, bytes.size());
+    // The text already there and the offset take their part of the width.
+    size_t count = bytes.size();
+    if (target.width != kUnlimited) {
+        const auto before = static_cast<uint64_t>(start - string);
+        if (before > static_cast<uint64_t>(target.width)) return FMT_ERR_WRITE_PAST_STRING;
+        const auto room = static_cast<uint64_t>(target.width) - before;
+        if (room < count) count = static_cast<size_t>(room);
+    }
     std::memcpy(start, bytes.data(), count);
     if (target.item->as.string.qByte != 0) start[count] = '\0';
     *written = static_cast<int32_t>(count);

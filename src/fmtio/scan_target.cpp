@@ -45,21 +45,29 @@ int32_t scanElements(ScanText &text, const Conversion &conversion, void *target)
     return 0;
 }
 
-char *stringStart(const Conversion &conversion, void *target) noexcept
+// A string target starts after the text already in it (a) and its offset,
+// which take their part of its width.
+int32_t scanIntoString(ScanText &text, const Conversion &conversion, void *target) noexcept
 {
-    if (!target) return nullptr;
-    char *start = static_cast<char *>(target);
+    if (!target) return scanString(text, conversion, nullptr);
+    char *string = static_cast<char *>(target);
+    char *start = string;
     if (conversion.item->as.string.aFlag) start += std::strlen(start);
-    return start + conversion.offset;
+    start += conversion.offset;
+    if (conversion.width == kUnlimited) return scanString(text, conversion, start);
+    const int64_t before = start - string;
+    if (before > conversion.width) return FMT_ERR_WRITE_PAST_STRING;
+    Conversion rest = conversion;
+    rest.width -= before;
+    return scanString(text, rest, start);
 }
 
 }  // namespace
 
 int32_t scanParameter(ScanText &text, const Conversion &conversion, void *target) noexcept
 {
-    const int32_t result = conversion.item->kind == FMT_ITEM_STRING
-                               ? scanString(text, conversion, stringStart(conversion, target))
-                               : scanElements(text, conversion, target);
+    const int32_t result = conversion.item->kind == FMT_ITEM_STRING ? scanIntoString(text, conversion, target)
+                                                                    : scanElements(text, conversion, target);
     if (result == 0 && conversion.item->xFlag && text.at < text.end) ++text.at;
     return result;
 }

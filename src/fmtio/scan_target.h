@@ -14,9 +14,10 @@ namespace tollan::fmtio {
 // comma when none were given) are passed over when present; binary elements
 // follow one another. After the item, the x flag passes over one more
 // character, the one that ended it. A string starts at the text already in
-// target with the a flag, and at the i offset.
+// target with the a flag, and at the i offset; both count against its width.
 // Returns 0, kSourceEnded (the source ended before the item was complete;
-// elements read until then are stored), or a converter's message number.
+// elements read until then are stored), 239 (a string whose width leaves no
+// room after its text and offset), or a converter's message number.
 int32_t scanParameter(ScanText &text, const Conversion &conversion, void *target) noexcept;
 
 }  // namespace tollan::fmtio

@@ -90,6 +90,16 @@ TEST(FmtFamily, TheTargetsOwnModifiers)
     std::memset(out, '#', sizeof out);
     EXPECT_EQ(Fmt(out, "%s[w*]<%s", 3, "xyz"), 1);
     EXPECT_STREQ(out, "xyz");
+
+    // Text already there and the offset take their part of the width.
+    std::strcpy(out, "ab");
+    EXPECT_EQ(Fmt(out, "%s[w5ai1]<%d", 12345), -FMT_ERR_WRITE_PAST_STRING);
+    EXPECT_EQ(std::string(out, 6), std::string("ab\0"
+                                               "12\0",
+                                               6));
+    std::memset(out, '#', sizeof out);
+    EXPECT_EQ(Fmt(out, "%s[w3i4]<%d", 1), -FMT_ERR_WRITE_PAST_STRING);
+    EXPECT_EQ(out[4], '#');
 }
 
 TEST(FmtFamily, NumberAndArrayTargetsReadTheFormattedText)

@@ -41,11 +41,12 @@ TEST(ParseErrorReport, BothFamiliesReportTheCharacterOfTheirError)
     __DBG_SetCurrentThreadEnvLocation(record, nullptr, nullptr, 0, 0);
     __DBG_SetCurrentThreadEnvFileName(record, nullptr);
     tollan::rtcheck::startThreadBreakSettings();
-    EXPECT_EQ(folder.read("errors.txt"),
-              "meter.c[12, 5]-[12, 5]: NON-FATAL - Error at or near character 10 in the format string: Invalid "
-              "size for an integer.\n"
-              "meter.c[12, 5]-[12, 5]: NON-FATAL - Error at or near character 5 in the format string: Unknown "
-              "specifier.\n");
+    EXPECT_EQ(
+        folder.read("errors.txt"),
+        "meter.c[12, 5]-[12, 5]: NON-FATAL - Error at or near character 10 in the format string: Invalid "
+        "size for an integer.\n"
+        "meter.c[12, 5]-[12, 5]: NON-FATAL - Error at or near character 5 in the format string: Unknown "
+        "specifier.\n");
 }
 
 }  // namespace

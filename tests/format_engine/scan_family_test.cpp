@@ -89,6 +89,10 @@ TEST(ScanFamily, StringsAndTheirTerminators)
     std::strcpy(word, "abcdef");
     EXPECT_EQ(Scan("XY", "%s>%s[q]", word), 1);
     EXPECT_STREQ(word, "XYcdef");
+    std::strcpy(word, "ab");
+    EXPECT_EQ(Scan("cdefgh", "%s>%s[w4a]", word), 1);  // the text already there counts
+    EXPECT_STREQ(word, "abcd");
+    EXPECT_EQ(Scan("cdefgh", "%s>%s[w4i5]", word), -FMT_ERR_WRITE_PAST_STRING);
     EXPECT_EQ(Scan("key=value", "%s>%s[j1]=%s", word, rest), 2);
     EXPECT_STREQ(word, "key");
     EXPECT_STREQ(rest, "value");

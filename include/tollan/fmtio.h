@@ -237,8 +237,8 @@ typedef struct FormatItem {
     uint8_t parameterIndex;   /* 1-based entry of the item's own parameter; 0 none */
     uint32_t jValue;          /* default 0, at most 256 */
     const char *position;     /* where the modifier being parsed starts; a literal's start */
-    int64_t size;             /* element size in bytes: integer 4, real 8, string unlimited;
-                                 a literal's length */
+    int64_t size;             /* element size in bytes: integer 4 (c 1; a Fmt source c 4),
+                                 real 8, string unlimited; a literal's length */
     uint32_t iValue;          /* default 0 */
     int64_t width;            /* default unlimited */
     uint32_t repetitionCount; /* default 1 */

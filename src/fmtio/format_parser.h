@@ -36,17 +36,13 @@ struct ItemParse {
     char separator() const noexcept { return isScan ? '>' : '<'; }
 };
 
-inline bool isAsciiSpace(char c) noexcept
-{
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
 inline bool isDigit(char c) noexcept
 {
     return c >= '0' && c <= '9';
 }
 
-// The largest number the format language accepts as digits; more is 209.
+// The largest number the format language accepts as digits; more is 209,
+// like digits that run to the end, rather than a value cut to its field.
 inline constexpr int64_t kLargestFormatNumber = INT32_MAX;
 
 // ---- the argument table (format_parser_arguments.cpp)

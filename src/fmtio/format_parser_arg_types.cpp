@@ -19,13 +19,13 @@ constexpr int32_t kOverflowCheckLine = 154;
 // space is a caller's mistake, reported, and cut at the highest address.
 const char *formatEnd(const char *format, size_t length) noexcept
 {
-    const uintptr_t start = reinterpret_cast<uintptr_t>(format);
-    if (length > UINTPTR_MAX - start) {
+    const uintptr_t room = UINTPTR_MAX - reinterpret_cast<uintptr_t>(format);
+    if (length > room) {
         logger::reportAssertion("Overflow detected", kParserModule, "generate_arg_types", kOverflowCheckLine,
                                 nullptr);
-        return reinterpret_cast<const char *>(UINTPTR_MAX);
+        length = room;
     }
-    return reinterpret_cast<const char *>(start + length);
+    return format + length;
 }
 
 }  // namespace

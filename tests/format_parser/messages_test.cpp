@@ -54,17 +54,4 @@ TEST(FormatMessages, TextsByNumber)
     for (const auto &row : rows) EXPECT_STREQ(libraryMessage(row.number), row.text) << row.number;
 }
 
-TEST(FormatMessages, RangeDoesNotOverlapAnother)
-{
-    const auto ranges = tollan::services::messageRanges();
-    for (const auto *range : ranges) {
-        if (range->first == FMT_ERR_ILLEGAL_SEPARATOR) {
-            EXPECT_EQ(range->texts.size(), 54u);
-            continue;
-        }
-        const int64_t last = range->first + static_cast<int64_t>(range->texts.size()) - 1;
-        EXPECT_TRUE(last < FMT_ERR_ILLEGAL_SEPARATOR || range->first > FMT_ERR_PARAMETER_TYPE_MISMATCH);
-    }
-}
-
 }  // namespace

@@ -432,7 +432,8 @@ TOLLAN_API const char *GetTypeString(int32_t code) TOLLAN_NOEXCEPT;
  *        written and terminated);  -249 a number wider than its width, or a
  *        width above 511;  -250 a negative width by '*';  -256 a radix other
  *        than 8, 10, 16, 256, or a negative count, offset or precision by '*';
- *   -234 an a flag on a source;  -255 target, format or a source NULL;
+ *   -234 an a flag on a source, or literal text as the first item;
+ *   -255 target, format or a source NULL;
  *   -245/-251 a number target that the bytes do not fill;  parse errors
  *   206 to 223 negated. */
 TOLLAN_API int32_t Fmt(void *target, const char *format, ...) TOLLAN_NOEXCEPT;

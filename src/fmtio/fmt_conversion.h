@@ -31,7 +31,6 @@ enum class Role : uint8_t { fmtTarget, fmtSource, scanSource, scanTarget };
 
 struct Conversion {
     const FormatItem *item;
-    Role role;
     int64_t width;            // kUnlimited when none
     uint32_t radix;           // integers
     uint32_t precision;       // reals; kNoPrecision when none

@@ -98,7 +98,6 @@ int32_t resolveConversion(const FormatItem &item, const ArgumentValue *values, R
 {
     // Every field but the character set is set here; the set only for strings.
     conversion->item = &item;
-    conversion->role = role;
     conversion->radix = 0;
     conversion->precision = kNoPrecision;
     conversion->exponentDigits = 0;

@@ -116,32 +116,5 @@ TEST(BinaryPacking, AZItemIsAByteBufferWithItsOffsetInBytes)
     EXPECT_EQ(bytesOf(out), block);
 }
 
-TEST(TextArrays, ElementsAreJoinedByCommasOrTheJCharacters)
-{
-    FormatItem item = integerItem();
-    setRepetition(item, 3);
-    const int32_t values[3] = {1, -20, 300};
-    Conversion conversion = resolved(item, Role::fmtSource);
-    ByteBuffer out;
-    ASSERT_EQ(formatParameter(out, conversion, ArgumentValue{0, 0, values}, false), 0);
-    EXPECT_EQ(bytesOf(out), "1,-20,300");
-
-    conversion.separator = "; ";
-    conversion.separatorLength = 2;
-    out.clear();
-    ASSERT_EQ(formatParameter(out, conversion, ArgumentValue{0, 0, values}, false), 0);
-    EXPECT_EQ(bytesOf(out), "1; -20; 300");
-    int32_t back[3] = {};
-    ScanText text{out.data(), out.data() + out.size()};
-    ASSERT_EQ(scanParameter(text, conversion, back), 0);
-    EXPECT_EQ(back[1], -20);
-    EXPECT_EQ(back[2], 300);
-
-    const char *spaced = "4 5\t6";
-    ScanText spacedText{spaced, spaced + 5};
-    ASSERT_EQ(scanParameter(spacedText, resolved(item, Role::scanTarget), back), 0);
-    EXPECT_EQ(back[0] + back[1] + back[2], 15);
-}
-
 }  // namespace
 }  // namespace tollan::fmtio

@@ -65,7 +65,7 @@ tsan: deps-check
 # left in build/fuzz/artifacts/. Inputs that found something new are kept in
 # build/fuzz/corpus/ for the next run.
 FUZZ_SECONDS ?= 60
-FUZZERS = xmodem_receive_fuzzer format_parser_fuzzer
+FUZZERS = xmodem_receive_fuzzer format_parser_fuzzer format_scan_fuzzer
 SYMBOLIZER := $(shell readlink -f "$$(command -v llvm-symbolizer-16 || command -v llvm-symbolizer)" 2>/dev/null)
 
 fuzz: deps-fuzz run-fuzzers

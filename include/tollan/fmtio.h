@@ -395,6 +395,95 @@ TOLLAN_API int32_t ParseFormatItem(const char **cursor, const char *end, ArgType
  * ("int", "pointer to void", ...); "" for a code without one. */
 TOLLAN_API const char *GetTypeString(int32_t code) TOLLAN_NOEXCEPT;
 
+/* ---- the format language: Fmt and Scan -------------------------------------
+ *
+ * Fmt formats its sources (the arguments after the format) into a target;
+ * Scan reads its targets (pointers after the format) from a source. The
+ * format's first item, before '<' (Fmt) or '>' (Scan), describes the target
+ * or source; a format without one has a plain string there. The language is
+ * described with an example for every modifier in docs/format-language.md;
+ * in short:
+ *
+ *   Fmt(buffer, "%s<%d[w6p0] V=%f[p3]", count, volts)  ->  "000042 V=1.250"
+ *   Scan("12.5, 7", "%s>%f[x]%d", &volts, &n)           ->  2, volts 12.5, n 7
+ *
+ * Arguments: Fmt takes integers and reals by value (int for sizes up to 4,
+ * long long for b5 to b8 and b0, double for reals), arrays, z items and
+ * strings by address; Scan takes the address of every target. A '*' in an
+ * item takes an int argument just before the item's own.
+ *
+ * Round trip: Scan reads back what Fmt writes with the same item, for every
+ * integer size, radix, signedness, width and pad character that is not a
+ * digit or sign other than '0', and for reals written without precision (the
+ * shortest digits that read back to the same value).
+ *
+ * Errors: a result below 0 is a negated message number of the format
+ * language (FmtErrorCode, 206 to 259; a bad format string also goes to the
+ * run-time error report as message 258 in checked runs), or -1 when memory
+ * ran short or the file or stream failed (GetFmtIOError says why). No target
+ * is written past its width; a target without width must have room for what
+ * the call puts there. Each thread has its own counts below. */
+
+/* Formats into target, which the first item describes (a string by
+ * default: the bytes and a NUL; an integer, real or array: the formatted
+ * bytes read back into it as Scan would).
+ * Returns the number of source items formatted, or an error:
+ *   -239 the result did not fit the target's width (the part that fits is
+ *        written and terminated);  -249 a number wider than its width, or a
+ *        width above 511;  -250 a negative width by '*';  -256 a radix other
+ *        than 8, 10, 16, 256, or a negative count, offset or precision by '*';
+ *   -234 an a flag on a source, or literal text as the first item;
+ *   -255 target, format or a source NULL;
+ *   -245/-251 a number target that the bytes do not fill;  parse errors
+ *   206 to 223 negated. */
+TOLLAN_API int32_t Fmt(void *target, const char *format, ...) TOLLAN_NOEXCEPT;
+
+/* As Fmt, to a file of ZOR_OpenFile at its position (the first item, a
+ * string, may move it first by its i value, in bytes from the current
+ * position; its width limits the bytes written). Returns as Fmt; -1 when the
+ * file fails (I/O error), -234 for a first item that is not a string. */
+TOLLAN_API int32_t FmtFile(int32_t handle, const char *format, ...) TOLLAN_NOEXCEPT;
+
+/* As FmtFile, to the library's standard output (tollan_stdout). */
+TOLLAN_API int32_t FmtOut(const char *format, ...) TOLLAN_NOEXCEPT;
+
+/* Scans source, which the first item describes (a string by default, read
+ * up to its NUL; an integer, real or array is formatted first and its bytes
+ * read), into the targets.
+ * Returns the number of targets filled: the Scan stops without error where
+ * the source ends before a target or a literal does not match. Errors:
+ *   -244 a width that holds no digits;  -245 no integer where one must be;
+ *   -246/-247 an integer too big for its size (unsigned/signed);  -248 a
+ *   real too big for its type;  -251 no real where one must be;  -249, -250,
+ *   -256, -234, -255 and parse errors as for Fmt. Targets filled before an
+ *   error keep their values (NumScanItems counts them). */
+TOLLAN_API int32_t Scan(const void *source, const char *format, ...) TOLLAN_NOEXCEPT;
+
+/* As Scan, from a file of ZOR_OpenFile at its position, moved first by the
+ * first item's i value. A first item %l reads one line (its LF is read and
+ * dropped); %s reads the rest of the file, or as many bytes as its width.
+ * The file position stays after what was read. -1 when the file fails,
+ * -234 for a first item that is not a string. */
+TOLLAN_API int32_t ScanFile(int32_t handle, const char *format, ...) TOLLAN_NOEXCEPT;
+
+/* As Scan, from one line of the library's standard input (tollan_stdin; the
+ * LF is read and dropped). */
+TOLLAN_API int32_t ScanIn(const char *format, ...) TOLLAN_NOEXCEPT;
+
+/* The number of bytes the calling thread's last Fmt, FmtFile or FmtOut wrote
+ * to its target, the terminating NUL not counted (0 after an error before
+ * the target was written). */
+TOLLAN_API int32_t NumFmtdBytes(void) TOLLAN_NOEXCEPT;
+
+/* The number of targets the calling thread's last Scan, ScanFile or ScanIn
+ * filled, also when it failed on a later one. */
+TOLLAN_API int32_t NumScanItems(void) TOLLAN_NOEXCEPT;
+
+/* Where the calling thread's last Scan, ScanFile or ScanIn stopped: the
+ * number of bytes of its source it had read, counted from where the source
+ * begins (after the first item's i offset). */
+TOLLAN_API int32_t NumScanBytes(void) TOLLAN_NOEXCEPT;
+
 TOLLAN_END_DECLS
 
 #endif

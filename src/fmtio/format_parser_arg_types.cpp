@@ -19,13 +19,16 @@ constexpr int32_t kOverflowCheckLine = 154;
 // space is a caller's mistake, reported, and cut at the highest address.
 const char *formatEnd(const char *format, size_t length) noexcept
 {
-    const uintptr_t room = UINTPTR_MAX - reinterpret_cast<uintptr_t>(format);
+    const uintptr_t start = reinterpret_cast<uintptr_t>(format);
+    const uintptr_t room = UINTPTR_MAX - start;
     if (length > room) {
         logger::reportAssertion("Overflow detected", kParserModule, "generate_arg_types", kOverflowCheckLine,
                                 nullptr);
         length = room;
     }
-    return format + length;
+    // Computed as an address: pointer arithmetic may not reach past the
+    // object, and a caller's length may claim more than any object has.
+    return reinterpret_cast<const char *>(start + length);  // NOLINT(performance-no-int-to-ptr)
 }
 
 }  // namespace

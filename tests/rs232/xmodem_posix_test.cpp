@@ -104,27 +104,26 @@ TEST_F(Link, ADamagedLineIsRecoveredFrom)
     // Answers are awaited longer than a damaged packet takes to drain.
     configure(1.0, 5, 1.5, 128);
     const std::string bytes = randomBytes(20 * 128, 5);
+    // The damage falls on the n-th packet that crosses in one burst: on a
+    // loaded machine a packet may cross in pieces, and half a packet dropped
+    // leaves data that may read as a packet header with a wrong number, which
+    // rightly cancels the transfer.
     struct Case {
         const char *name;
-        PtyRelay::Damage damage;
+        int packet;
+        void (*damage)(std::string &chunk);
     };
     const Case cases[] = {
-        {"one byte corrupted",
-         [](std::string &chunk, int index) {
-             if (index == 4) chunk[chunk.size() / 2] ^= 0x10;
-         }},
-        {"a packet dropped",
-         [](std::string &chunk, int index) {
-             if (index == 6) chunk.clear();
-         }},
-        {"a packet duplicated",
-         [](std::string &chunk, int index) {
-             if (index == 8) chunk += chunk;
-         }},
+        {"one byte corrupted", 4, [](std::string &chunk) { chunk[chunk.size() / 2] ^= 0x10; }},
+        {"a packet dropped", 6, [](std::string &chunk) { chunk.clear(); }},
+        {"a packet duplicated", 8, [](std::string &chunk) { chunk += chunk; }},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(c.name);
-        relay_.setDamage(c.damage);
+        relay_.setDamage([c, packets = 0](std::string &chunk, int) mutable {
+            const bool wholePacket = (chunk.size() == 132 || chunk.size() == 133) && chunk[0] == kSoh;
+            if (wholePacket && ++packets == c.packet) c.damage(chunk);
+        });
         EXPECT_EQ(transfer(files_.write("out", bytes), files_.path("in")), std::make_pair(0, 0));
         EXPECT_TRUE(files_.read("in") == bytes);
     }

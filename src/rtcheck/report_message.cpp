@@ -21,7 +21,9 @@ int formatTypeMessage(char *buffer, size_t size, const char *text, va_list argum
     auto room = [&] { return length < size ? size - length : 0; };
     for (const char *at = text; *at != '\0'; ++at) {
         if (at[0] == '%' && at[1] == 't') {
-            const Tynode *type = va_arg(arguments, const Tynode *);
+            // The caller started the list; the analyzer cannot see into it.
+            const Tynode *type =
+                va_arg(arguments, const Tynode *);  // NOLINT(clang-analyzer-valist.Uninitialized)
             length += outtype(type, buffer + (size == 0 ? 0 : std::min(length, size - 1)), room());
             ++at;
             continue;

@@ -12,8 +12,6 @@
 #include "platform/debugger.h"
 #include "platform/thread.h"
 
-extern char **environ;
-
 namespace tollan::platform {
 namespace {
 

@@ -2,6 +2,7 @@
 // order and read back from them, against bytes worked out by hand.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
 
 #include "fmtio/fmt_source.h"
@@ -85,9 +86,7 @@ TEST(BinaryPacking, ArraysOfBigEndianWordsHaveNoSeparators)
     int16_t back[4] = {9, 9, 9, 9};
     ScanText text{out.data(), out.data() + out.size()};
     ASSERT_EQ(scanParameter(text, conversion, back), 0);
-    EXPECT_EQ(back[0], 1);
-    EXPECT_EQ(back[1], -2);
-    EXPECT_EQ(back[2], 0x1234);
+    EXPECT_EQ(std::memcmp(back, words, sizeof words), 0);
     EXPECT_EQ(back[3], 9);  // nothing past the count
 
     ScanText shortText{out.data(), out.data() + 5};

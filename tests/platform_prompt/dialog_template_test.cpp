@@ -102,11 +102,14 @@ TEST(DialogTemplate, StartsEveryControlOnADword)
     const DialogControl controls[] = {{WS_CHILD, {}, 1, kStaticClass, "a"},
                                       {WS_CHILD, {}, 2, kStaticClass, "ab"},
                                       {WS_CHILD, {}, 3, kStaticClass, ""},
-                                      {WS_CHILD, {}, 4, kButtonClass, "abc"}};
+                                      {WS_CHILD, {1, 2, 3, 4}, 4, kButtonClass, "abc"}};
     for (std::string_view title : {"", "x", "xy", "xyz"}) {
-        const DialogDesign design{WS_POPUP, {}, title, "MS Sans Serif", 8, controls};
+        const DialogDesign design{WS_POPUP, {5, 6, 7, 8}, title, "MS Sans Serif", 8, controls};
         const ReadDialog dialog = readTemplate(buildDialogTemplate(design));
         ASSERT_EQ(dialog.controls.size(), 4u);
+        EXPECT_EQ(dialog.style, static_cast<uint32_t>(WS_POPUP | DS_SETFONT));
+        EXPECT_EQ(std::memcmp(&dialog.place, &design.place, sizeof design.place), 0);
+        EXPECT_EQ(std::memcmp(&dialog.controls[3].place, &controls[3].place, sizeof design.place), 0);
         EXPECT_EQ(dialog.title, title);
         EXPECT_EQ(dialog.controls[1].text, "ab");
         EXPECT_EQ(dialog.controls[3].id, 4);

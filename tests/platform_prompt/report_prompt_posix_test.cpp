@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <csignal>
+#include <string>
 #include <thread>
 
 #include "fixtures/system_call_faults.h"
@@ -106,22 +107,33 @@ TEST(ReportPrompt, TheTerminalsEndLeavesNobodyToAsk)
     EXPECT_EQ(child.exitCode(), static_cast<int>(ReportAnswer::nobodyToAsk));
 }
 
-TEST(ReportPrompt, WithoutAControllingTerminalNobodyIsAsked)
+TEST(DeveloperPrompt, WithoutAControllingTerminalNobodyIsAskedAndTheFatalMessageGoesToStandardError)
 {
+    int pipeEnds[2];
+    ASSERT_EQ(pipe(pipeEnds), 0);
     const pid_t child = fork();
     ASSERT_GE(child, 0);
     if (child == 0) {
         setsid();  // a new session has no controlling terminal
         alarm(20);
+        dup2(pipeEnds[1], STDERR_FILENO);
         char path[64] = "unchanged";
         const bool none = askReport(question()) == ReportAnswer::nobodyToAsk && !askRetryStart("t", "x") &&
                           !askProgramPath("zor.exe", path, sizeof path) &&
                           std::string_view(path) == "unchanged";
+        showFatalMessage("Fatal Run-time Error", "Program will be aborted.");
         _exit(none ? 0 : 1);
     }
+    close(pipeEnds[1]);
+    std::string said;
+    char buffer[256];
+    for (ssize_t got; (got = read(pipeEnds[0], buffer, sizeof buffer)) > 0;)
+        said.append(buffer, static_cast<size_t>(got));
+    close(pipeEnds[0]);
     int status = 0;
     waitpid(child, &status, 0);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    EXPECT_EQ(said, "\nFatal Run-time Error\nProgram will be aborted.\n");
 }
 
 TEST(ReportPrompt, AnErrorOnTheTerminalLeavesNobodyToAskAndTheSettingsAsTheyWere)

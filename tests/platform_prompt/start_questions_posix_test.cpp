@@ -130,26 +130,4 @@ TEST(FatalMessage, GoesToTheTerminal)
     EXPECT_EQ(child.exitCode(), 0);
 }
 
-TEST(FatalMessage, GoesToStandardErrorWithoutATerminal)
-{
-    int pipeEnds[2];
-    ASSERT_EQ(pipe(pipeEnds), 0);
-    const pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        setsid();
-        dup2(pipeEnds[1], STDERR_FILENO);
-        showFatalMessage("Fatal Run-time Error", "Program will be aborted.");
-        _exit(0);
-    }
-    close(pipeEnds[1]);
-    std::string said;
-    char buffer[256];
-    for (ssize_t got; (got = read(pipeEnds[0], buffer, sizeof buffer)) > 0;)
-        said.append(buffer, static_cast<size_t>(got));
-    close(pipeEnds[0]);
-    waitpid(child, nullptr, 0);
-    EXPECT_EQ(said, "\nFatal Run-time Error\nProgram will be aborted.\n");
-}
-
 }  // namespace

@@ -2,6 +2,7 @@
 // order and read back from them, against bytes worked out by hand.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
 
 #include "fmtio/fmt_source.h"
@@ -31,11 +32,9 @@ TEST(BinaryPacking, ScalarsInEachByteOrder)
     const PackCase cases[] = {
         {256, 1, "", 'A', "A"},
         {256, 4, "", 0x11223344, "\x44\x33\x22\x11"},
-        {256, 4, "3210", 0x11223344, "\x11\x22\x33\x44"},
-        {256, 4, "1032", 0x11223344, "\x33\x44\x11\x22"},
-        {256, 2, "10", 0xA1B2, "\xA1\xB2"},
-        {10, 2, "10", 0xA1B2, "\xA1\xB2"},               // an o makes any integer binary
-        {256, 4, "32", 0x11223344, "\x11\x22\x22\x11"},  // unnamed positions keep their own byte
+        {256, 4, "3210", 0x11223344, "\x11\x22\x33\x44"},  // more orders: the round-trip test
+        {10, 2, "10", 0xA1B2, "\xA1\xB2"},                 // an o makes any integer binary
+        {256, 4, "32", 0x11223344, "\x11\x22\x22\x11"},    // unnamed positions keep their own byte
     };
     for (const PackCase &c : cases) {
         FormatItem item = integerItem(c.radix, c.size, false);  // %d[bN r256 o...]
@@ -85,9 +84,7 @@ TEST(BinaryPacking, ArraysOfBigEndianWordsHaveNoSeparators)
     int16_t back[4] = {9, 9, 9, 9};
     ScanText text{out.data(), out.data() + out.size()};
     ASSERT_EQ(scanParameter(text, conversion, back), 0);
-    EXPECT_EQ(back[0], 1);
-    EXPECT_EQ(back[1], -2);
-    EXPECT_EQ(back[2], 0x1234);
+    EXPECT_EQ(std::memcmp(back, words, sizeof words), 0);
     EXPECT_EQ(back[3], 9);  // nothing past the count
 
     ScanText shortText{out.data(), out.data() + 5};

@@ -28,7 +28,7 @@ TEST_F(FormatFiles, FmtFileWritesAtThePositionAndMovesIt)
     EXPECT_TRUE(failedWith(FmtFile(handle, "%s<x"), 3));
 }
 
-TEST_F(FormatFiles, ScanFileReadsLinesOrTheRestAndLeavesThePositionAfterThem)
+TEST_F(FormatFiles, ScanFileReadsLinesTheRestOrAWidthAndLeavesThePositionAfterThem)
 {
     writeRaw("in.txt", "12 13\nskip 7\nlast 8.5");
     const int32_t handle = open("in.txt", 1, 0, 0);
@@ -45,18 +45,15 @@ TEST_F(FormatFiles, ScanFileReadsLinesOrTheRestAndLeavesThePositionAfterThem)
     EXPECT_EQ(ScanFile(handle, "%d>%d", &a), -FMT_ERR_INCOMPATIBLE_PARAMETER);
     ASSERT_EQ(ZOR_CloseFile(handle), 0);
     EXPECT_TRUE(failedWith(ScanFile(handle, "%s>%d", &a), 3));
-}
 
-TEST_F(FormatFiles, ScanFileWithAWidthReadsThatManyBytes)
-{
+    // With a width, exactly that many bytes, whatever they are.
     writeRaw("block.bin", std::string("\x00\x2A\x01\x00rest", 8));
-    const int32_t handle = open("block.bin", 1, 0, 0);
+    const int32_t block = open("block.bin", 1, 0, 0);
     int16_t words[2] = {};
-    EXPECT_EQ(ScanFile(handle, "%s[w4t-]>%2d[b2o10]", words), 1);
-    EXPECT_EQ(words[0], 42);
-    EXPECT_EQ(words[1], 256);
-    EXPECT_EQ(SetFilePtr(handle, 0, 1), 4);
-    ASSERT_EQ(ZOR_CloseFile(handle), 0);
+    EXPECT_EQ(ScanFile(block, "%s[w4t-]>%2d[b2o10]", words), 1);
+    EXPECT_EQ(words[0] * 1000 + words[1], 42256);
+    EXPECT_EQ(SetFilePtr(block, 0, 1), 4);
+    ASSERT_EQ(ZOR_CloseFile(block), 0);
 }
 
 TEST_F(FormatFiles, FmtOutAndScanInUseTheStandardStreams)

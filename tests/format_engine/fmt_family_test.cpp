@@ -29,37 +29,25 @@ TEST(FmtFamily, OneCallPerModifier)
     check({"%s<%d", 1, "42"}, Fmt(out, "%s<%d", 42));
     check({"%d (implied target)", 1, "42"}, Fmt(out, "%d", 42));
     check({"<%d", 1, "42"}, Fmt(out, "<%d", 42));
-    check({"%s<%d[w6p0]", 1, "000042"}, Fmt(out, "%s<%d[w6p0]", 42));
     check({"%s<%d[w*]", 1, "    42"}, Fmt(out, "%s<%d[w*]", 6, 42));
-    check({"%s<%x[x]", 1, "BEEF"}, Fmt(out, "%s<%x[x]", 0xBEEF));
-    check({"%s<%o", 1, "17"}, Fmt(out, "%s<%o", 15));
-    check({"%s<%d[u]", 1, "4294967295"}, Fmt(out, "%s<%d[u]", -1));
-    check({"%s<%x[s]", 1, "-10"}, Fmt(out, "%s<%x[s]", -16));
-    check({"%s<%d[b1]", 1, "-1"}, Fmt(out, "%s<%d[b1]", 255));
     check({"%s<%d[b8]", 1, "-9000000000"}, Fmt(out, "%s<%d[b8]", -9000000000LL));
     check({"%s<%d[r*]", 1, "ff"}, Fmt(out, "%s<%d[r*]", 16, 255));
     check({"%s<%c%c", 2, "ok"}, Fmt(out, "%s<%c%c", 'o', 'k'));
     check({"%s<%3d", 1, "7,-8,9"}, Fmt(out, "%s<%3d", words));
     check({"%s<%*d", 1, "7,-8"}, Fmt(out, "%s<%*d", 2, words));
+    check({"%s<%*d[w*]", 1, "   7,  -8,   9"}, Fmt(out, "%s<%*d[w*]", 3, 4, words));
     check({"%s<%2d[i1]", 1, "-8,9"}, Fmt(out, "%s<%2d[i1]", words));
     check({"%s<%3d[j1]; ", 1, "7;-8;9 "}, Fmt(out, "%s<%3d[j1]; ", words));
+    check({"%s<%3d[j2]; ", 1, "7; -8; 9"}, Fmt(out, "%s<%3d[j2]; ", words));
     check({"%s<%f", 1, "1.5"}, Fmt(out, "%s<%f", 1.5));
-    check({"%s<%f[p3]", 1, "2.000"}, Fmt(out, "%s<%f[p3]", 2.0));
     check({"%s<%f[p*]", 1, "2.00"}, Fmt(out, "%s<%f[p*]", 2, 2.0));
-    check({"%s<%f[p3r]", 1, "2"}, Fmt(out, "%s<%f[p3r]", 2.0));
     check({"%s<%f[p3t]", 1, "2.000"}, Fmt(out, "%s<%f[p3t]", 2.0));
-    check({"%s<%f[e]", 1, "1.5e+003"}, Fmt(out, "%s<%f[e]", 1500.0));
-    check({"%s<%f[e2p1]", 1, "1.5e+03"}, Fmt(out, "%s<%f[e2p1]", 1500.0));
-    check({"%s<%f[ex]", 1, "1.5E+003"}, Fmt(out, "%s<%f[ex]", 1500.0));
     check({"%s<%f[ef]", 1, "1500"}, Fmt(out, "%s<%f[ef]", 1500.0));
-    check({"%s<%f[w6]", 1, "   1.5"}, Fmt(out, "%s<%f[w6]", 1.5));
     check({"%s<%f[b4]", 1, "0.5"}, Fmt(out, "%s<%f[b4]", 0.5));
     check({"%s<%2f", 1, "0.5,1.25"}, Fmt(out, "%s<%2f", reals));
     check({"%s<%s", 1, "text"}, Fmt(out, "%s<%s", "text"));
-    check({"%s<%s[w6]|", 1, "ab    |"}, Fmt(out, "%s<%s[w6]|", "ab"));
     check({"%s<%s[w6y]", 1, "    ab"}, Fmt(out, "%s<%s[w6y]", "ab"));
     check({"%s<%s[i2]", 1, "xt"}, Fmt(out, "%s<%s[i2]", "text"));
-    check({"%s<%s[t44]", 1, "a"}, Fmt(out, "%s<%s[t44]", "a,b"));
     check({"%s<%s[t#]", 1, "V="}, Fmt(out, "%s<%s[t#]", "V=-12"));
     check({"%s<%s[x]", 1, "ab"}, Fmt(out, "%s<%s[x]", "ab"));
     check({"%s<V=%%%d%%%<%>%[%]", 1, "V=%5%<>[]"}, Fmt(out, "%s<V=%%%d%%%<%>%[%]", 5));
@@ -73,24 +61,19 @@ TEST(FmtFamily, TheTargetsOwnModifiers)
     EXPECT_EQ(Fmt(out, "%s[a]<%d", 42), 1);
     EXPECT_STREQ(out, "abc42");
     EXPECT_EQ(NumFmtdBytes(), 2);
-
     std::strcpy(out, "abcdef");
     EXPECT_EQ(Fmt(out, "%s[i2]<%d", 42), 1);
     EXPECT_STREQ(out, "ab42");
-
     std::strcpy(out, "abcdef");
     EXPECT_EQ(Fmt(out, "%s[q]<%d", 42), 1);
     EXPECT_STREQ(out, "42cdef");
-
     std::memset(out, '#', sizeof out);
     EXPECT_EQ(Fmt(out, "%s[w4]<%d", 123456), -FMT_ERR_WRITE_PAST_STRING);
     EXPECT_EQ(std::string(out, 6), std::string("1234\0#", 6));
     EXPECT_EQ(NumFmtdBytes(), 4);
-
     std::memset(out, '#', sizeof out);
     EXPECT_EQ(Fmt(out, "%s[w*]<%s", 3, "xyz"), 1);
     EXPECT_STREQ(out, "xyz");
-
     // Text already there and the offset take their part of the width.
     std::strcpy(out, "ab");
     EXPECT_EQ(Fmt(out, "%s[w5ai1]<%d", 12345), -FMT_ERR_WRITE_PAST_STRING);
@@ -151,10 +134,10 @@ TEST(FmtFamily, BadArgumentsAndFormatsAreRefusedWithTheirMessages)
 TEST(FmtFamily, AnEmptyFormatOrOneWithoutItemsGivesAnEmptyString)
 {
     char out[8] = "xx";
-    EXPECT_EQ(Fmt(out, ""), 0);
-    EXPECT_STREQ(out, "");
-    EXPECT_EQ(Fmt(out, "%s<"), 0);
-    EXPECT_STREQ(out, "");
+    for (const char *format : {"", "%s<"}) {
+        EXPECT_EQ(Fmt(out, format), 0);
+        EXPECT_STREQ(out, "");
+    }
     EXPECT_EQ(Fmt(out, "%s<hi"), 0);
     EXPECT_STREQ(out, "hi");
 }

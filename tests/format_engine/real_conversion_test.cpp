@@ -60,33 +60,30 @@ TEST(RealFormat, NotationsPrecisionExponentTrimAndWidth)
 
 TEST(RealFormat, UpperCaseExponentAndCaps)
 {
+    const double most = -std::numeric_limits<double>::max();
+    ByteBuffer out;
+    const auto format = [&out](const FormatItem &item, double value) {
+        out.clear();
+        return formatReal(out, resolved(item, Role::fmtSource), value, false);
+    };
     FormatItem item = realItem();
     item.as.real.exponential = 1;
     item.xFlag = 1;
     item.as.real.exponentDigits = 99;
-    setPrecision(item, 999);
-    const Conversion conversion = resolved(item, Role::fmtSource);
-    EXPECT_EQ(conversion.precision, kLargestPrecision);
-    EXPECT_EQ(conversion.exponentDigits, kLargestExponentDigits);
-    ByteBuffer out;
-    ASSERT_EQ(formatReal(out, conversion, -std::numeric_limits<double>::max(), false), 0);
-    const std::string text(out.data(), out.size());
-    EXPECT_EQ(text.substr(text.size() - 12), "E+0000000308");
-    EXPECT_EQ(text.size(), 1 + 1 + 1 + 200 + 12u);
+    setPrecision(item, 999);  // both beyond their caps, 10 and 200
+    ASSERT_EQ(format(item, most), 0);
+    EXPECT_EQ(std::string(out.data() + out.size() - 12, 12), "E+0000000308");
+    EXPECT_EQ(out.size(), 1 + 1 + 1 + 200 + 12u);
 
+    // The longest fixed text, 309 digits, point and 200 decimals, fills the
+    // widest field.
     item = realItem();
-    setPrecision(item, 200);  // the longest fixed text: 309 digits, point, 200 decimals
-    out.clear();
-    ASSERT_EQ(formatReal(out, resolved(item, Role::fmtSource), -std::numeric_limits<double>::max(), false),
-              0);
-    EXPECT_EQ(out.size(), 1 + 309 + 1 + 200u);
-
+    setPrecision(item, 200);
     setWidth(item, 511);
-    out.clear();
-    EXPECT_EQ(formatReal(out, resolved(item, Role::fmtSource), -std::numeric_limits<double>::max(), false),
-              0);
+    ASSERT_EQ(format(item, most), 0);
+    EXPECT_EQ(out.size(), 1 + 309 + 1 + 200u);
     setWidth(item, 4);
-    EXPECT_EQ(formatReal(out, resolved(item, Role::fmtSource), 12.5, false), FMT_ERR_WIDTH_EXCEEDED);
+    EXPECT_EQ(format(item, 12.5), FMT_ERR_WIDTH_EXCEEDED);
 }
 
 TEST(RealFormat, FloatElementsUseTheFloatsShortestDigits)

@@ -44,12 +44,6 @@ IntegerItem randomIntegerItem(std::mt19937_64 &random)
     return item;
 }
 
-int32_t fmtInteger(char *out, const std::string &format, int size, uint64_t value)
-{
-    if (size > 4) return Fmt(out, format.c_str(), static_cast<long long>(value));
-    return Fmt(out, format.c_str(), static_cast<int>(value));
-}
-
 TEST(RoundTrip, IntegersOfEverySizeRadixSignWidthAndPad)
 {
     std::mt19937_64 random(20261123);
@@ -63,7 +57,9 @@ TEST(RoundTrip, IntegersOfEverySizeRadixSignWidthAndPad)
         if (trial % 7 == 0) value = trial % 2 ? mask : mask >> 1;
         value &= mask;
         char out[64];
-        const int32_t written = fmtInteger(out, "%s<" + item.text(), item.size, value);
+        const std::string format = "%s<" + item.text();
+        const int32_t written = item.size > 4 ? Fmt(out, format.c_str(), static_cast<long long>(value))
+                                              : Fmt(out, format.c_str(), static_cast<int>(value));
         if (written == -FMT_ERR_WIDTH_EXCEEDED) continue;  // too narrow a field
         ASSERT_EQ(written, 1) << item.text();
         uint64_t back = 0;

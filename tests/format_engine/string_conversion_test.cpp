@@ -45,19 +45,6 @@ TEST(StringSets, EachRoleSettlesItsTerminators)
     EXPECT_TRUE(inCharacterSet(line, ' '));
 }
 
-TEST(StringSets, AnAFlagOnASourceIsRefused)
-{
-    FormatItem item = stringItem();
-    item.as.string.aFlag = 1;
-    Conversion conversion;
-    static const ArgumentValue none[TOLLAN_FMT_MAX_ARGS + 2] = {};
-    EXPECT_EQ(resolveConversion(item, none, Role::fmtSource, false, &conversion),
-              FMT_ERR_INCOMPATIBLE_PARAMETER);
-    EXPECT_EQ(resolveConversion(item, none, Role::scanSource, false, &conversion),
-              FMT_ERR_INCOMPATIBLE_PARAMETER);
-    EXPECT_EQ(resolveConversion(item, none, Role::fmtTarget, false, &conversion), 0);
-}
-
 struct FormatCase {
     const char *text;
     int64_t width;  // 0: none

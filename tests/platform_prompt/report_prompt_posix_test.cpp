@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <csignal>
+#include <string>
 #include <thread>
 
 #include "fixtures/system_call_faults.h"
@@ -34,111 +35,101 @@ int askInChild(ReportQuestion asked = question())
 TEST(ReportPrompt, ShowsTheQuestionAndTakesOneKeyWithoutEcho)
 {
     TerminalChild child([] { return askInChild(); });
-    ASSERT_TRUE(child.started());
     ASSERT_TRUE(child.waitFor(kChoiceLine)) << child.screen();
     EXPECT_NE(
         child.screen().find("\r\nNon-Fatal Run-time Error\r\nFile \"main.c\", line 12, column 5:\r\n\r\n"
                             "Dereference of null pointer.\r\n[b] Break"),
         std::string::npos)
         << child.screen();
-    const termios asking = child.settings();
-    EXPECT_EQ(asking.c_lflag & (ICANON | ECHO), 0u) << "one key at a time, not shown";
+    EXPECT_EQ(child.settings().c_lflag & (ICANON | ECHO), 0u) << "one key at a time, not shown";
     child.type("t");
-    EXPECT_TRUE(child.waitFor("? Terminate\r\n")) << child.screen();
     EXPECT_EQ(child.exitCode(), static_cast<int>(ReportAnswer::terminate));
-    EXPECT_NE(child.settings().c_lflag & ICANON, 0u);
 }
 
-TEST(ReportPrompt, EachKeyChoosesItsAnswerAndEnterTheDefault)
+TEST(ReportPrompt, EachKeyChoosesItsAnswerEnterTheDefaultAnyOtherKeyAsksAgain)
 {
+    const ReportAnswer ignore = ReportAnswer::ignore, terminate = ReportAnswer::terminate,
+                       breakIn = ReportAnswer::breakIntoDebugger;
     const struct {
-        const char *keys;
+        const char *otherKey;  // typed first, to be asked again; or ""
+        const char *key;
         ReportAnswer defaultChoice;
         ReportAnswer answer;
         const char *echoed;
     } cases[] = {
-        {"b", ReportAnswer::ignore, ReportAnswer::breakIntoDebugger, "Break"},
-        {"B", ReportAnswer::ignore, ReportAnswer::breakIntoDebugger, "Break"},
-        {"i", ReportAnswer::terminate, ReportAnswer::ignore, "Ignore"},
-        {"I", ReportAnswer::terminate, ReportAnswer::ignore, "Ignore"},
-        {"t", ReportAnswer::ignore, ReportAnswer::terminate, "Terminate"},
-        {"T", ReportAnswer::ignore, ReportAnswer::terminate, "Terminate"},
-        {"\r", ReportAnswer::ignore, ReportAnswer::ignore, "Ignore"},
-        {"\r", ReportAnswer::terminate, ReportAnswer::terminate, "Terminate"},
-        {"\n", ReportAnswer::breakIntoDebugger, ReportAnswer::breakIntoDebugger, "Break"},
+        {"", "b", ignore, breakIn, "Break"},
+        {"", "B", ignore, breakIn, "Break"},
+        {"", "i", terminate, ignore, "Ignore"},
+        {"", "t", ignore, terminate, "Terminate"},
+        {"", "\r", ignore, ignore, "Ignore"},
+        {"", "\r", terminate, terminate, "Terminate"},
+        {"", "\n", breakIn, breakIn, "Break"},
+        {"x", "i", terminate, ignore, "Ignore"},
+        {"\x1b[B", "i", terminate, ignore, "Ignore"},  // an arrow key: its B is no answer
+        {"\xc3\xa9", "i", terminate, ignore, "Ignore"},
+        {" ", "i", terminate, ignore, "Ignore"},
+        {"\r", "b", ReportAnswer::nobodyToAsk, breakIn, "Break"},  // no default: Enter asks again
+        {"", "\x04", ignore, ReportAnswer::nobodyToAsk, nullptr},  // the end-of-file key (Ctrl-D)
     };
     for (const auto &each : cases) {
-        SCOPED_TRACE(testing::Message()
-                     << "keys " << int(each.keys[0]) << ", default " << int(each.defaultChoice));
+        SCOPED_TRACE(testing::Message() << "keys " << int(each.otherKey[0]) << " " << int(each.key[0])
+                                        << ", default " << int(each.defaultChoice));
         TerminalChild child([&] { return askInChild(question(each.defaultChoice)); });
-        ASSERT_TRUE(child.waitFor(")? ")) << child.screen();
-        child.type(each.keys);
-        EXPECT_TRUE(child.waitFor(std::string("? ") + each.echoed + "\r\n")) << child.screen();
+        ASSERT_TRUE(child.waitFor("? ")) << child.screen();
+        if (*each.otherKey != '\0') {
+            child.type(each.otherKey);
+            ASSERT_TRUE(child.waitFor("? ", 2)) << child.screen();
+        }
+        child.type(each.key);
+        if (each.echoed) {
+            EXPECT_TRUE(child.waitFor(std::string("? ") + each.echoed + "\r\n")) << child.screen();
+        }
         EXPECT_EQ(child.exitCode(), static_cast<int>(each.answer)) << "64: the settings were not restored";
     }
 }
 
-TEST(ReportPrompt, AsksAgainAfterAnyOtherKey)
+TEST(ReportPrompt, AHungUpTerminalLeavesNobodyToAsk)
 {
-    // An arrow key sends "ESC [ B": its B is no answer.
-    for (const char *other : {"x", "\x1b[B", "\xc3\xa9", " "}) {
-        TerminalChild child([] { return askInChild(); });
-        ASSERT_TRUE(child.waitFor(kChoiceLine)) << child.screen();
-        child.type(other);
-        ASSERT_TRUE(child.waitFor(kChoiceLine, 2)) << child.screen();
-        child.type("i");
-        EXPECT_EQ(child.exitCode(), static_cast<int>(ReportAnswer::ignore)) << child.screen();
-    }
-}
-
-TEST(ReportPrompt, WithoutADefaultEnterAsksAgain)
-{
-    TerminalChild child([] { return askInChild(question(ReportAnswer::nobodyToAsk)); });
-    ASSERT_TRUE(child.waitFor("[t] Terminate? ")) << child.screen();
-    child.type("\r");
-    ASSERT_TRUE(child.waitFor("[t] Terminate? ", 2)) << child.screen();
-    child.type("b");
-    EXPECT_EQ(child.exitCode(), static_cast<int>(ReportAnswer::breakIntoDebugger));
-}
-
-TEST(ReportPrompt, TheTerminalsEndLeavesNobodyToAsk)
-{
-    {
-        // A hang-up ends the program by SIGHUP unless it ignores that, as
-        // one started with nohup does.
-        TerminalChild child([] {
-            signal(SIGHUP, SIG_IGN);
-            return askInChild();
-        });
-        ASSERT_TRUE(child.waitFor(kChoiceLine));
-        child.hangUp();
-        // A hung-up terminal has no settings left to compare.
-        EXPECT_EQ(child.exitCode() & ~TerminalChild::kSettingsChanged,
-                  static_cast<int>(ReportAnswer::nobodyToAsk));
-    }
-    // The end-of-file key (Ctrl-D) is the developer's end of input.
-    TerminalChild child([] { return askInChild(); });
+    // A hang-up ends the program by SIGHUP unless it ignores that, as one
+    // started with nohup does.
+    TerminalChild child([] {
+        signal(SIGHUP, SIG_IGN);
+        return askInChild();
+    });
     ASSERT_TRUE(child.waitFor(kChoiceLine));
-    child.type("\x04");
-    EXPECT_EQ(child.exitCode(), static_cast<int>(ReportAnswer::nobodyToAsk));
+    child.hangUp();
+    // A hung-up terminal has no settings left to compare.
+    EXPECT_EQ(child.exitCode() & ~TerminalChild::kSettingsChanged,
+              static_cast<int>(ReportAnswer::nobodyToAsk));
 }
 
-TEST(ReportPrompt, WithoutAControllingTerminalNobodyIsAsked)
+TEST(DeveloperPrompt, WithoutAControllingTerminalNobodyIsAskedAndTheFatalMessageGoesToStandardError)
 {
+    int pipeEnds[2];
+    ASSERT_EQ(pipe(pipeEnds), 0);
     const pid_t child = fork();
     ASSERT_GE(child, 0);
     if (child == 0) {
         setsid();  // a new session has no controlling terminal
         alarm(20);
+        dup2(pipeEnds[1], STDERR_FILENO);
         char path[64] = "unchanged";
         const bool none = askReport(question()) == ReportAnswer::nobodyToAsk && !askRetryStart("t", "x") &&
                           !askProgramPath("zor.exe", path, sizeof path) &&
                           std::string_view(path) == "unchanged";
+        showFatalMessage("Fatal Run-time Error", "Program will be aborted.");
         _exit(none ? 0 : 1);
     }
+    close(pipeEnds[1]);
+    std::string said;
+    char buffer[256];
+    for (ssize_t got; (got = read(pipeEnds[0], buffer, sizeof buffer)) > 0;)
+        said.append(buffer, static_cast<size_t>(got));
+    close(pipeEnds[0]);
     int status = 0;
     waitpid(child, &status, 0);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    EXPECT_EQ(said, "\nFatal Run-time Error\nProgram will be aborted.\n");
 }
 
 TEST(ReportPrompt, AnErrorOnTheTerminalLeavesNobodyToAskAndTheSettingsAsTheyWere)
@@ -175,26 +166,11 @@ TEST(ReportPrompt, AnErrorOnTheTerminalLeavesNobodyToAskAndTheSettingsAsTheyWere
 
 std::atomic<bool> signalled{false};
 
-TEST(ReportPrompt, ASignalThatInterruptsTheWaitIsNoAnswer)
-{
-    TerminalChild child([] {
-        struct sigaction handler {};
-        handler.sa_handler = [](int) { signalled = true; };
-        sigaction(SIGUSR1, &handler, nullptr);  // no SA_RESTART: the read fails with EINTR
-        const int answer = askInChild();
-        return signalled ? answer : 99;
-    });
-    ASSERT_TRUE(child.waitFor(kChoiceLine));
-    kill(child.pid(), SIGUSR1);
-    usleep(200 * 1000);
-    child.type("b");
-    EXPECT_EQ(child.exitCode(), static_cast<int>(ReportAnswer::breakIntoDebugger));
-}
-
 TEST(ReportPrompt, TheInterruptKeyInterruptsOnTheTerminalAsItWas)
 {
     {
-        // The program's handler runs and the question is asked again.
+        // The program's handler runs and the question is asked again: a
+        // signal that interrupts the wait is no answer.
         TerminalChild child([] {
             struct sigaction handler {};
             handler.sa_handler = [](int) { signalled = true; };

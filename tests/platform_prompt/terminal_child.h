@@ -1,7 +1,5 @@
-// A child process on a pseudo-terminal of the test's own (POSIX only): the
-// terminal is the child's controlling terminal and its standard input and
-// output, and the test reads the child's screen and types its keys on the
-// other end, as a developer would.
+// A child process whose controlling terminal, standard input and output is a
+// pseudo-terminal: the test reads its screen and types at it on the other end.
 #pragma once
 
 #include <poll.h>
@@ -30,8 +28,7 @@ public:
         pid_ = forkpty(&master_, nullptr, nullptr, nullptr);
         if (pid_ != 0) return;
         alarm(20);  // a question nobody answers must not hang the test
-        termios before{};
-        termios after{};
+        termios before{}, after{};
         tcgetattr(STDIN_FILENO, &before);
         int code = body();
         tcgetattr(STDIN_FILENO, &after);
@@ -49,9 +46,6 @@ public:
     TerminalChild(const TerminalChild &) = delete;
     TerminalChild &operator=(const TerminalChild &) = delete;
 
-    bool started() const { return pid_ > 0 && master_ >= 0; }
-    pid_t pid() const { return pid_; }
-
     // Reads the screen until `text` has shown `times` times in all, for at
     // most 5 s.
     bool waitFor(std::string_view text, int times = 1)
@@ -67,15 +61,12 @@ public:
         }
     }
     const std::string &screen() const { return screen_; }
-
     void type(std::string_view keys) { (void)!write(master_, keys.data(), keys.size()); }
-    // Closes the test's end: the child's terminal hangs up.
     void hangUp()
     {
         close(master_);
         master_ = -1;
     }
-    // The child's terminal settings as they are now.
     termios settings() const
     {
         termios now{};

@@ -1,5 +1,7 @@
 #include "engine/dll_entry.h"
 
+#include <climits>
+
 #include "engine/close_chain.h"
 #include "engine/engine_state.h"
 #include "engine/step_runner.h"
@@ -20,10 +22,13 @@ namespace {
 
 constexpr TraceSite kDllMain{ZOR_LOG_DLLMAIN, "mgsource/window", "DllMain"};
 
-// How many named objects of ended processes each start-up and shutdown
-// removes at most: enough to keep up with killed programs, few enough to
-// keep start-up fast however many there are.
-constexpr int kStaleObjectSweep = 32;
+// How many named objects of ended processes start-up examines at most:
+// enough to keep up with killed programs, few enough to keep start-up fast
+// however many there are. Shutdown, where the time matters less, examines
+// them all: every child of fork() that ended without the library's shutdown
+// (it called exec or _exit) left a marker of its own.
+constexpr int kStartupSweep = 32;
+constexpr int kShutdownSweep = INT_MAX;
 
 // A child of fork() that uses the library names its objects after its own
 // process id; the parent's stay the parent's.
@@ -44,7 +49,7 @@ int32_t returning(int32_t result) noexcept
 int32_t processAttach(void *moduleInstance) noexcept
 {
     services::lifecycle().moduleInstance = moduleInstance;
-    platform::removeStaleNamedObjects(kStaleObjectSweep);
+    platform::removeStaleNamedObjects(kStartupSweep);
     platform::setForkChildHandler(afterFork);
     ConfigureZORLoggerOnce();
     TOLLAN_LOG(kDllMain.level, kDllMain.module, kDllMain.function, "DLL_PROCESS_ATTACH");
@@ -67,7 +72,7 @@ int32_t processDetach(bool othersStopped) noexcept
     }
     runCleanups(startupSteps(), CleanupPhase::afterClose);
     platform::stopThreadExitNotifications();
-    platform::removeStaleNamedObjects(kStaleObjectSweep);
+    platform::removeStaleNamedObjects(kShutdownSweep);
     return returning(1);
 }
 

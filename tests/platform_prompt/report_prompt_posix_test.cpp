@@ -11,7 +11,7 @@
 
 #include "fixtures/system_call_faults.h"
 #include "platform/developer_prompt.h"
-#include "platform_prompt/terminal_child.h"
+#include "fixtures/terminal_child.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 #include "fixtures/scratch_folder.h"
 #include "platform/developer_prompt.h"
-#include "platform_prompt/terminal_child.h"
+#include "fixtures/terminal_child.h"
 
 namespace {
 

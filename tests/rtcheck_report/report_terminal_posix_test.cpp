@@ -11,7 +11,7 @@
 
 #include "debugger/environment_start.h"
 #include "fixtures/probes.h"
-#include "platform_prompt/terminal_child.h"
+#include "fixtures/terminal_child.h"
 #include "services/configuration.h"
 
 namespace {

@@ -73,6 +73,17 @@ enum class Asterisk : uint8_t {
 // the end of the string; *marker is then FMT_MARKER_ERROR.
 bool readNumber(ItemParse &parse, Asterisk asterisk, int64_t *value, int8_t *marker) noexcept;
 
+// readNumber with '*' allowed, for a modifier whose field takes the number
+// only when it is written out in digits (a '*' value comes at conversion).
+template <typename Field>
+bool readNumberInto(ItemParse &parse, int8_t *marker, Field *field) noexcept
+{
+    int64_t value = 0;
+    if (!readNumber(parse, Asterisk::allowed, &value, marker)) return false;
+    if (*marker == FMT_MARKER_LITERAL) *field = static_cast<Field>(value);
+    return true;
+}
+
 // ---- items (format_parser_items.cpp)
 
 // A literal item starting at `start`: the cursor, or the character after a

@@ -47,12 +47,8 @@ bool modifierPad(ItemParse &parse) noexcept
 
 bool modifierRadix(ItemParse &parse) noexcept
 {
-    FormatItem &item = *parse.item;
-    int64_t radix = 0;
-    if (!readNumber(parse, Asterisk::allowed, &radix, &item.as.integer.radixMarker)) return false;
-    if (item.as.integer.radixMarker == FMT_MARKER_LITERAL)
-        item.as.integer.radix = static_cast<uint32_t>(radix);
-    return true;
+    auto &integer = parse.item->as.integer;
+    return readNumberInto(parse, &integer.radixMarker, &integer.radix);
 }
 
 bool modifierSigned(ItemParse &parse) noexcept

@@ -91,11 +91,7 @@ bool parseRepetition(ItemParse &parse) noexcept
 {
     const char c = *parse.cursor;
     if (c != '*' && !isDigit(c)) return true;
-    FormatItem &item = *parse.item;
-    int64_t count = 1;
-    if (!readNumber(parse, Asterisk::allowed, &count, &item.repetitionMarker)) return false;
-    if (item.repetitionMarker == FMT_MARKER_LITERAL) item.repetitionCount = static_cast<uint32_t>(count);
-    return true;
+    return readNumberInto(parse, &parse.item->repetitionMarker, &parse.item->repetitionCount);
 }
 
 // A source of Fmt arrives through the variable arguments, promoted: a

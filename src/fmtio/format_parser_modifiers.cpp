@@ -56,10 +56,7 @@ bool modifierDiscard(ItemParse &parse) noexcept
 
 bool modifierI(ItemParse &parse) noexcept
 {
-    int64_t value = 0;
-    if (!readNumber(parse, Asterisk::allowed, &value, &parse.item->iMarker)) return false;
-    if (parse.item->iMarker == FMT_MARKER_LITERAL) parse.item->iValue = static_cast<uint32_t>(value);
-    return true;
+    return readNumberInto(parse, &parse.item->iMarker, &parse.item->iValue);
 }
 
 bool modifierJ(ItemParse &parse) noexcept
@@ -74,10 +71,7 @@ bool modifierJ(ItemParse &parse) noexcept
 bool modifierWidth(ItemParse &parse) noexcept
 {
     if (parse.letter == 'l') return parse.fail(FMT_ERR_WIDTH_WITH_LINE, parse.item->position);
-    int64_t value = 0;
-    if (!readNumber(parse, Asterisk::allowed, &value, &parse.item->widthMarker)) return false;
-    if (parse.item->widthMarker == FMT_MARKER_LITERAL) parse.item->width = value;
-    return true;
+    return readNumberInto(parse, &parse.item->widthMarker, &parse.item->width);
 }
 
 bool modifierX(ItemParse &parse) noexcept

@@ -20,11 +20,7 @@ bool modifierExponential(ItemParse &parse) noexcept
     FormatItem &item = *parse.item;
     item.as.real.exponential = 1;
     if (parse.cursor == parse.end || (*parse.cursor != '*' && !isDigit(*parse.cursor))) return true;
-    int64_t digits = 0;
-    if (!readNumber(parse, Asterisk::allowed, &digits, &item.as.real.exponentDigitsMarker)) return false;
-    if (item.as.real.exponentDigitsMarker == FMT_MARKER_LITERAL)
-        item.as.real.exponentDigits = static_cast<uint32_t>(digits);
-    return true;
+    return readNumberInto(parse, &item.as.real.exponentDigitsMarker, &item.as.real.exponentDigits);
 }
 
 bool modifierFixed(ItemParse &parse) noexcept
@@ -35,12 +31,8 @@ bool modifierFixed(ItemParse &parse) noexcept
 
 bool modifierPrecision(ItemParse &parse) noexcept
 {
-    FormatItem &item = *parse.item;
-    int64_t precision = 0;
-    if (!readNumber(parse, Asterisk::allowed, &precision, &item.as.real.precisionMarker)) return false;
-    if (item.as.real.precisionMarker == FMT_MARKER_LITERAL)
-        item.as.real.precision = static_cast<uint32_t>(precision);
-    return true;
+    auto &real = parse.item->as.real;
+    return readNumberInto(parse, &real.precisionMarker, &real.precision);
 }
 
 bool modifierRtSet(ItemParse &parse) noexcept

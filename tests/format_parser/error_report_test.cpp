@@ -9,7 +9,6 @@
 #include <tollan/fmtio.h>
 #include <tollan/rtcheck.h>
 
-#include "fixtures/scratch_folder.h"
 #include "fmtio/format_parser_report.h"
 #include "rtcheck/break_settings.h"
 #include "rtcheck_report/report_fixture.h"
@@ -18,39 +17,14 @@ namespace {
 
 using tollan::fmtio::reportFormatError;
 using tollan::testing::DebuggingLevel;
-using tollan::testing::ScratchFolder;
-
-void setStatement(const char *file, int32_t line, int32_t column)
-{
-    ZORThreadEnv *record = __DBG_GetCurrentThreadEnv();
-    __DBG_SetCurrentThreadEnvLocation(record, nullptr, file, line, column);
-    __DBG_SetCurrentThreadEnvFileName(record, file);
-}
 
 class FormatErrorReport : public ::testing::Test {
 protected:
-    void SetUp() override
-    {
-        file_ = tollan_fopen(folder_.path("errors.txt").c_str(), "wb");
-        ASSERT_NE(file_, nullptr);
-        __SetUPErrorFile(file_);
-        setStatement("scan.c", 40, 3);
-    }
-    void TearDown() override
-    {
-        __SetUPErrorFile(nullptr);
-        tollan_fclose(file_);
-        setStatement(nullptr, 0, 0);
-        tollan::rtcheck::startThreadBreakSettings();
-    }
-    std::string written()
-    {
-        tollan_fflush(file_);
-        return folder_.read("errors.txt");
-    }
+    void SetUp() override { ASSERT_TRUE(capture_.opened()); }
+    void TearDown() override { tollan::rtcheck::startThreadBreakSettings(); }
+    std::string written() { return capture_.written(); }
 
-    ScratchFolder folder_{"tollan-format-report"};
-    TollanFILE *file_ = nullptr;
+    tollan::testing::ErrorFileCapture capture_{"scan.c", 40, 3};
 };
 
 TEST_F(FormatErrorReport, NamesTheCharacterAndTheParserMessage)

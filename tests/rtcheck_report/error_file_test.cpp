@@ -26,43 +26,26 @@
 namespace {
 
 using tollan::testing::DebuggingLevel;
-using tollan::testing::ScratchFolder;
 
-// Sets the calling thread's statement position (file may be null).
-void setStatement(const char *file, int32_t line, int32_t column)
-{
-    ZORThreadEnv *record = __DBG_GetCurrentThreadEnv();
-    __DBG_SetCurrentThreadEnvLocation(record, nullptr, file, line, column);
-    __DBG_SetCurrentThreadEnvFileName(record, file);
-}
+using tollan::testing::ErrorFileCapture;
+using tollan::testing::setStatement;
 
 class ErrorFile : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        file_ = tollan_fopen(folder_.path("errors.txt").c_str(), "wb");
-        ASSERT_NE(file_, nullptr);
-        __SetUPErrorFile(file_);
+        ASSERT_TRUE(capture_.opened());
         tollan::rtcheck::startThreadBreakSettings();
-        setStatement("main.c", 12, 5);
     }
     void TearDown() override
     {
-        __SetUPErrorFile(nullptr);
-        tollan_fclose(file_);
-        setStatement(nullptr, 0, 0);
         tollan::rtcheck::setRemoteTargetLink(nullptr);
         tollan::rtcheck::setEvaluatingBreakpointCondition(false);
     }
-    std::string written()
-    {
-        tollan_fflush(file_);
-        return folder_.read("errors.txt");
-    }
+    std::string written() { return capture_.written(); }
 
-    ScratchFolder folder_{"tollan-rtcheck-report"};
+    ErrorFileCapture capture_{"main.c", 12, 5};
     DebuggingLevel level_{2};
-    TollanFILE *file_ = nullptr;
 };
 
 TEST_F(ErrorFile, EachReportIsOneLine)

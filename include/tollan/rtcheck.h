@@ -94,6 +94,28 @@ TOLLAN_API void __SetUPErrorFile(void *stream) TOLLAN_NOEXCEPT;
  */
 TOLLAN_API void Breakpoint(void) TOLLAN_NOEXCEPT;
 
+/* ---- Pointer and block information ---------------------------------- */
+
+/*
+ * Checked code keeps a PtrInfo beside every pointer it stores and a BlkInfo
+ * beside every object. Where an entry point takes a PtrInfo address, a small
+ * integer n from 1 to ZOR_PREDEFINED_PTRINFO_COUNT may stand for entry n - 1
+ * of the library's predefined table.
+ */
+typedef struct PtrInfo {
+    uint64_t info;  /* the shadow address of the pointed-at byte, or a predefined entry */
+    uint64_t blk;   /* the BlkInfo of the block the pointer was derived from, or 0 */
+    uint64_t value; /* the pointer value this information describes */
+} PtrInfo;
+
+typedef struct BlkInfo {
+    uint64_t base; /* first address of the block */
+    uint64_t size; /* bytes; ZOR_BLK_UNCHECKED set: bounds not enforced; 0: freed */
+} BlkInfo;
+
+#define ZOR_BLK_UNCHECKED (UINT64_C(1) << 63)
+#define ZOR_PREDEFINED_PTRINFO_COUNT 73
+
 /* ======================================================================
  * Type nodes
  *

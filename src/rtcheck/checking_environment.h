@@ -3,8 +3,9 @@
 // compiled debug code fills before the calls it checks, and which the
 // execution contexts save and restore as a whole.
 //
-//   offset 0     the parameter slots of the pointer checks (not laid out yet:
-//                kParameterSlotsSize bytes reserved for them)
+//   offset 0     the hand-over of pointer information across the current call:
+//                the callee, the return value's information, and one slot and
+//                one source coordinate per argument (ParameterArea)
 //   offset 1592  the types of the variadic parameters of the current call
 //
 // Compiled code writes these bytes directly, so every offset and size here is
@@ -15,6 +16,7 @@
 #include <cstdint>
 
 #include <tollan/debugger.h>
+#include <tollan/rtcheck.h>
 
 namespace tollan::rtcheck {
 
@@ -41,9 +43,40 @@ struct VariadicParameterTypes {
     TypeSizeInfo types[kRecordedVariadicParameters];
 };
 
-inline constexpr size_t kParameterSlotsSize = 1592;
-inline constexpr size_t kVariadicParameterTypesOffset = kParameterSlotsSize;
+// What the caller hands over for one argument: its resolved pointer
+// information, the block of a pointer argument (null otherwise), its type.
+struct ParameterSlot {
+    PtrInfo *info;
+    BlkInfo *blk;
+    const Tynode *type;
+};
 
+struct ArgumentCoordinate {
+    int32_t line;
+    int32_t column;
+};
+
+// The most arguments of one call whose information is handed over; the
+// later ones of a longer call are treated as carrying none.
+inline constexpr int32_t kParameterSlots = 48;
+
+struct ParameterArea {
+    const void *callee;          // the function the current call goes to; null: none
+    const void *previousCallee;  // the callee before the library forgot the slots
+    int32_t slotCount;           // slots 0 .. slotCount - 1 are filled
+    int32_t coordinateCount;
+    PtrInfo returnValue;  // the pointer information handed back with the result
+    ParameterSlot slots[kParameterSlots];
+    ArgumentCoordinate coordinates[kParameterSlots];
+    uint64_t reserved;
+};
+
+inline constexpr size_t kParameterAreaOffset = 0;
+inline constexpr size_t kVariadicParameterTypesOffset = kParameterAreaOffset + sizeof(ParameterArea);
+
+static_assert(sizeof(ParameterSlot) == 24 && sizeof(ArgumentCoordinate) == 8);
+static_assert(offsetof(ParameterArea, returnValue) == 24 && offsetof(ParameterArea, slots) == 48 &&
+              offsetof(ParameterArea, coordinates) == 1200 && sizeof(ParameterArea) == 1592);
 static_assert(sizeof(TypeSizeInfo) == 16);
 static_assert(sizeof(VariadicParameterTypes) == 8 + 16 * kRecordedVariadicParameters);
 static_assert(kVariadicParameterTypesOffset % alignof(VariadicParameterTypes) == 0);

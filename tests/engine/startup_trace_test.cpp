@@ -161,6 +161,7 @@ TEST(StartupTrace, AttachThreadDetachAndDetachLinesComeInOrder)
         {"TRACE|WMain", "FmtIOLibInitOnce returned"},
         {"TRACE|WMain", "UtilityLibraryInitOnce returned"},
         {"TRACE|WMain", "RegisterUtilityLibraryRunStateChangeCallback returned"},
+        {"TRACE|WMain", "QXRS232Initialize returned"},
         {"TRACE|WMain", "Cleanup code: error = 0"},
         {"TRACE|WMain", "Returning 0"},
         {"TRACE|WinMain", "WMain returned"},

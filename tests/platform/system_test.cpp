@@ -7,6 +7,7 @@
 #include "platform/clock.h"
 #include "platform/system.h"
 #include "platform/thread.h"
+#include "platform/wow64.h"
 
 using namespace tollan::platform;
 
@@ -46,6 +47,8 @@ TEST(System, ProcessFacts)
     EXPECT_GT(major, 0u);
     EXPECT_NE(mainProgramHandle(), nullptr);
     EXPECT_EQ(startupShowWindowCode(), 10);
+    // Looked up in kernel32 at run time; a 64-bit program is never WOW64.
+    EXPECT_FALSE(isWow64Process());
 
     char name[260];
     const size_t length = mainProgramFileName(name, sizeof name);

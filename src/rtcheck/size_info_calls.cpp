@@ -57,7 +57,9 @@ PtrInfo *outputInformation(int32_t argpos, const void *frame) noexcept
         argument = area->slots[argpos - 1].info;
     }
     if (argument == nullptr || isImplausibleRecord(argument)) return nullptr;
-    auto *place = reinterpret_cast<PtrInfo *>(static_cast<uintptr_t>(resolvePtrInfo(argument)->info));
+    // The first word of pointer information is an address that compiled code stored as a number.
+    auto *place = reinterpret_cast<PtrInfo *>(  // NOLINT(performance-no-int-to-ptr)
+        static_cast<uintptr_t>(resolvePtrInfo(argument)->info));
     if (place == nullptr || predefinedIndex(place) >= 0 || isImplausibleRecord(place)) return nullptr;
     return place;
 }

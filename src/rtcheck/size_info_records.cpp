@@ -3,6 +3,7 @@
 
 #include <cstring>
 #include <mutex>
+#include <new>
 
 #include <tollan/debugger.h>
 
@@ -21,16 +22,19 @@ struct RecordTable {
     SizeInfoRecord *buckets[kBuckets]{};
 };
 
+// Never destroyed: twins may hand out and free memory while the process
+// ends, after the destructors of statics have run.
 RecordTable &recordTable() noexcept
 {
-    static RecordTable table;
-    return table;
+    alignas(RecordTable) static unsigned char storage[sizeof(RecordTable)];
+    static RecordTable *const table = new (storage) RecordTable;
+    return *table;
 }
 
 SizeInfoRecord *&bucketOf(RecordTable &table, const void *base) noexcept
 {
-    // Blocks are at least 16-byte aligned, so the low bits tell nothing.
-    return table.buckets[(reinterpret_cast<uintptr_t>(base) >> 4) % kBuckets];
+    // Heap blocks and pointer arrays are 8-byte aligned: the low bits tell nothing.
+    return table.buckets[(reinterpret_cast<uintptr_t>(base) >> 3) % kBuckets];
 }
 
 uint64_t addressOf(const void *pointer) noexcept
@@ -65,6 +69,18 @@ bool makeRoom(SizeInfoRecord &record, uint64_t entries) noexcept
     return true;
 }
 
+void describeString(SizeInfoRecord &record, uint64_t i, const char *text) noexcept
+{
+    if (text == nullptr) {
+        record.strings[i] = BlkInfo{};
+        record.shadow[i] = nullPointerInfo();
+        return;
+    }
+    record.strings[i] = BlkInfo{addressOf(text), std::strlen(text) + 1};
+    // Text holds no pointers: the information's first word only has to be a real address.
+    record.shadow[i] = PtrInfo{addressOf(&record.strings[i]), addressOf(&record.strings[i]), addressOf(text)};
+}
+
 }  // namespace
 
 SizeInfoRecord *existingRecordOf(const void *base) noexcept
@@ -78,23 +94,30 @@ SizeInfoRecord *existingRecordOf(const void *base) noexcept
 
 SizeInfoRecord *recordOf(const void *base) noexcept
 {
-    RecordTable &table = recordTable();
-    std::lock_guard guard(table.lock);
-    if (SizeInfoRecord *record = existingRecordOf(base)) return record;
-    auto *record = static_cast<SizeInfoRecord *>(services::allocateZeroedBlock(sizeof(SizeInfoRecord)));
-    if (record == nullptr) {
-        reportOutOfMemory();
-        return nullptr;
+    SizeInfoRecord *record = existingRecordOf(base);
+    if (record != nullptr) return record;
+    {
+        RecordTable &table = recordTable();
+        std::lock_guard guard(table.lock);
+        // Another thread may have made it meanwhile.
+        if ((record = existingRecordOf(base)) != nullptr) return record;
+        record = static_cast<SizeInfoRecord *>(services::allocateZeroedBlock(sizeof(SizeInfoRecord)));
+        if (record != nullptr) {
+            record->block.base = addressOf(base);
+            SizeInfoRecord *&bucket = bucketOf(table, base);
+            record->next = bucket;
+            bucket = record;
+            return record;
+        }
     }
-    record->block.base = addressOf(base);
-    SizeInfoRecord *&bucket = bucketOf(table, base);
-    record->next = bucket;
-    bucket = record;
-    return record;
+    // Reported outside the lock: the report may wait for the developer.
+    reportOutOfMemory();
+    return nullptr;
 }
 
 void describeBlock(SizeInfoRecord &record, uint64_t size) noexcept
 {
+    std::lock_guard guard(recordTable().lock);
     record.block.size = size;
     // The arrays stay for a later description as strings.
     record.stringCount = 0;
@@ -103,31 +126,25 @@ void describeBlock(SizeInfoRecord &record, uint64_t size) noexcept
 bool describeStrings(SizeInfoRecord &record, char *const *strings, uint64_t count, bool terminated) noexcept
 {
     const uint64_t entries = count + (terminated ? 1 : 0);
-    if (entries < count || entries > SIZE_MAX / sizeof(char *) || !makeRoom(record, entries)) {
-        reportOutOfMemory();
-        // Without the strings' information the array's bounds cannot be known either.
-        describeBlock(record, ZOR_BLK_UNCHECKED | ~ZOR_BLK_UNCHECKED);
-        return false;
-    }
-    record.block.size = entries * sizeof(char *);
-    record.stringCount = entries;
-    for (uint64_t i = 0; i < entries; ++i) {
-        const char *text = strings[i];
-        if (text == nullptr) {
-            record.strings[i] = BlkInfo{};
-            record.shadow[i] = nullPointerInfo();
-            continue;
+    {
+        std::lock_guard guard(recordTable().lock);
+        if (entries >= count && entries <= SIZE_MAX / sizeof(char *) && makeRoom(record, entries)) {
+            record.block.size = entries * sizeof(char *);
+            record.stringCount = entries;
+            for (uint64_t i = 0; i < entries; ++i) describeString(record, i, strings[i]);
+            return true;
         }
-        record.strings[i] = BlkInfo{addressOf(text), std::strlen(text) + 1};
-        // Text holds no pointers: the information's first word only has to be a real address.
-        record.shadow[i] =
-            PtrInfo{addressOf(&record.strings[i]), addressOf(&record.strings[i]), addressOf(text)};
+        // Without the strings' information the array's bounds cannot be known either.
+        record.block.size = ZOR_BLK_UNCHECKED | ~ZOR_BLK_UNCHECKED;
+        record.stringCount = 0;
     }
-    return true;
+    reportOutOfMemory();
+    return false;
 }
 
 void markFreed(SizeInfoRecord &record, bool withStrings) noexcept
 {
+    std::lock_guard guard(recordTable().lock);
     record.block.size = 0;
     if (!withStrings) return;
     for (uint64_t i = 0; i < record.stringCount; ++i) record.strings[i].size = 0;

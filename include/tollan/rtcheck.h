@@ -373,8 +373,9 @@ TOLLAN_API const char *tokenrep(int32_t token) TOLLAN_NOEXCEPT;
  *       more argument is expected than were passed;
  *   108 "Too many arguments to variable argument function." (non-fatal)
  *       when the check ends with arguments no expectation took.
- * A report names the argument's own source position when the caller handed
- * its coordinate over, else the thread's statement. One report at most per
+ * A report names the source position of the argument concerned (107: the
+ * last one passed; 108: the first left over) when the caller handed its
+ * coordinate over, else the thread's statement. One report at most per
  * call: after it, the rest of the call is not checked.
  *
  * Nothing is checked below debugging level 2, while the thread's break on

@@ -93,7 +93,9 @@ bool openVariadicCheck(int32_t argpos, const void *frame) noexcept
     ++openChecks.depth;
     OpenCheck *check = innermostCheck();
     if (check == nullptr) return false;
-    *check = OpenCheck{};
+    check->active = false;
+    check->settled = false;
+    // Below the checking level nothing more is done: this is the path of every printf.
     if (!reportsProtectionErrors()) return false;
     const ParameterArea *area = parameterArea();
     if (area == nullptr || area->callee == nullptr || frame == nullptr ||
@@ -129,6 +131,11 @@ bool checkNextArgument(const TypeView &expected) noexcept
     ReportUPError(ZOR_RTE_FATAL, kInvalidArgumentTypeMessage, at.line, at.column, foundText.node(),
                   expectedText.node());
     return false;
+}
+
+bool isCheckingArguments() noexcept
+{
+    return checkingCheck() != nullptr;
 }
 
 bool argumentsRemain() noexcept
@@ -172,7 +179,9 @@ int32_t _UPLibChkVaArg(const Tynode *expected) noexcept
 
 int32_t _UPLibChkVaArgEx(const Tynode *expected, int32_t count) noexcept
 {
-    for (int32_t checked = 0; count < 0 ? argumentsRemain() : checked < count; ++checked)
+    // Stops as soon as nothing is checked, whatever count says.
+    for (int32_t checked = 0; count < 0 ? argumentsRemain() : checked < count && isCheckingArguments();
+         ++checked)
         if (!checkNextArgument(TypeView{expected, 0})) return 0;
     return 1;
 }

@@ -21,6 +21,9 @@ bool openVariadicCheck(int32_t argpos, const void *frame) noexcept;
 // does not fit. After a report the rest of the call is not checked.
 bool checkNextArgument(const TypeView &expected) noexcept;
 
+// Whether the innermost check is checking: open, active and not settled.
+bool isCheckingArguments() noexcept;
+
 // Whether the innermost check has recorded arguments that no check took.
 bool argumentsRemain() noexcept;
 

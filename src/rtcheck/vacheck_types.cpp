@@ -7,7 +7,9 @@
 namespace tollan::rtcheck {
 namespace {
 
-enum class Kind : uint8_t { integer, real, voidType, aggregate, function, any };
+// Functions count as aggregates: the compiler records every type without a
+// number of its own as one, so it cannot tell them apart either.
+enum class Kind : uint8_t { integer, real, voidType, aggregate, any };
 
 // What the matching looks at: the kind and size at the bottom of the
 // pointer levels.
@@ -49,9 +51,8 @@ Kind kindOfOp(int32_t op) noexcept
             return Kind::voidType;
         case LCC_STRUCT:
         case LCC_UNION:
-            return Kind::aggregate;
         case LCC_FUNCTION:
-            return Kind::function;
+            return Kind::aggregate;
         default:
             return Kind::any;
     }

@@ -15,6 +15,8 @@ TEST(ArgumentFit, PromotionsSignednessAndPointerLevels)
 {
     Tynode anyType{};
     anyType.op = LCC_ANYTYPE;
+    Tynode function{};
+    function.op = LCC_FUNCTION;
     const struct {
         int32_t found;
         TypeView expected;
@@ -43,6 +45,7 @@ TEST(ArgumentFit, PromotionsSignednessAndPointerLevels)
         {pointerTo(kChar) | tollan::rtcheck::kTypeIndirect2, {voidptype, 0}, true},
         {kVoid | tollan::rtcheck::kTypeIndirect2, {chartype, 1}, false},
         {pointerTo(kStruct), {voidtype, 2}, false},
+        {pointerTo(kStruct), {&function, 1}, true},  // a function pointer has no type number of its own
         {kChar | tollan::rtcheck::kTypeIndirect1 | tollan::rtcheck::kTypeIndirect2, {charpptype, 0}, false},
         {tollan::rtcheck::kTypeIndirect2 | kChar, {chartype, 2}, true},
         // wildcards and numbers without a type

@@ -116,8 +116,13 @@ TEST_F(SizeInfo, StringArraysDescribeEachString)
 
     EXPECT_EQ(_UPSetOutputPointerSizeInfo(2, kTwin, one, 4), 0);  // nothing handed over for argument 2
     EXPECT_EQ(_UPSetOutputPointerSizeInfo(1, reinterpret_cast<const void *>(&address), one, 4), 0);
-    argument.info = 48;  // a predefined entry is never written
+    for (uint64_t refused : {uint64_t{48}, uint64_t{100}, uint64_t{0}}) {  // an entry, implausible, none
+        argument.info = refused;
+        EXPECT_EQ(_UPSetOutputPointerSizeInfo(1, kTwin, one, 4), 0) << refused;
+    }
+    area->slots[0].info = reinterpret_cast<PtrInfo *>(uintptr_t{4000});
     EXPECT_EQ(_UPSetOutputPointerSizeInfo(1, kTwin, one, 4), 0);
+    area->slots[0].info = &argument;
     argument.info = address(&stored);
     EXPECT_EQ(_UPSetOutputPointerSizeInfo(1, kTwin, one, 4), 1);
     EXPECT_EQ(blockOf(stored).size, 4u);

@@ -336,6 +336,150 @@ TOLLAN_API size_t outtype(const Tynode *ty, char *buffer, size_t bufferSize) TOL
  * "int", "const", "->", ... An unused code is reported and gives "". */
 TOLLAN_API const char *tokenrep(int32_t token) TOLLAN_NOEXCEPT;
 
+/* ======================================================================
+ * Variadic and size-information checks
+ *
+ * The rest of what the checked twins of the library functions are built
+ * from: the checking of a variadic call's variable arguments against what
+ * its format asks for, the block information of memory that a library
+ * function hands out, and the saving of the thread's checking environment
+ * around a callback into user code. docs/debugging.md describes how a twin
+ * uses them.
+ *
+ * Thread safety: every function works on the calling thread's checking
+ * environment and open checks, except the size information, which any
+ * thread may create, resize and free at once.
+ * ====================================================================== */
+
+/* The format languages of the variadic families: the C library's printf
+ * and scanf, and the Formatting library's Fmt and Scan. */
+#define ZOR_VA_PRINTF 1
+#define ZOR_VA_SCANF 2
+#define ZOR_VA_FMT 3
+#define ZOR_VA_SCAN 4
+
+/*
+ * Variable arguments. Compiled code records, for each checked call, the
+ * number of variable arguments it passes and the types of the first 32
+ * (later ones are counted but not typed). A check compares them in order
+ * with the types expected of them:
+ *   106 "Invalid argument type: found '%t', expected '%t'." (fatal) when an
+ *       argument cannot be fetched as the type expected: values are
+ *       compared after the default promotions, integers of one size and
+ *       reals of one size agree, a pointer to void agrees with every pointer,
+ *       and otherwise a pointer needs as many levels as expected over a
+ *       like type;
+ *   107 "Missing argument to variable argument function." (fatal) when one
+ *       more argument is expected than were passed;
+ *   108 "Too many arguments to variable argument function." (non-fatal)
+ *       when the check ends with arguments no expectation took.
+ * A report names the source position of the argument concerned (107: the
+ * last one passed; 108: the first left over) when the caller handed its
+ * coordinate over, else the thread's statement. One report at most per
+ * call: after it, the rest of the call is not checked.
+ *
+ * Nothing is checked below debugging level 2, while the thread's break on
+ * protection errors is off, or when the types were recorded for a call to
+ * another function than `frame` (the twin's own entry address; jump stubs
+ * are followed) or with a negative count.
+ *
+ * _UPLibBeginChkVaArgs opens a check of the current call, whose first
+ * variable argument is argument `argpos` of the call (counted from 1; used
+ * for the coordinates only). Returns 1 when the arguments will be checked,
+ * else 0. Checks nest (an open inside an open, from code that interrupts a
+ * twin); each open needs its _UPLibEndChkVaArgs.
+ * _UPLibChkVaArg checks the next argument against `expected` (NULL or
+ * LCC_ANYTYPE: any type). _UPLibChkVaArgEx checks the next `count`
+ * arguments against `expected`, or all that remain when count is negative.
+ * _UPLibEndChkVaArgs closes the innermost check (108 when arguments remain;
+ * a close without an open does nothing).
+ * Each returns 0 when it reported, else 1.
+ */
+TOLLAN_API int32_t _UPLibBeginChkVaArgs(int32_t argpos, const void *frame) TOLLAN_NOEXCEPT;
+TOLLAN_API int32_t _UPLibChkVaArg(const Tynode *expected) TOLLAN_NOEXCEPT;
+TOLLAN_API int32_t _UPLibChkVaArgEx(const Tynode *expected, int32_t count) TOLLAN_NOEXCEPT;
+TOLLAN_API int32_t _UPLibEndChkVaArgs(void) TOLLAN_NOEXCEPT;
+
+/*
+ * The whole check of a call whose variable arguments follow `format` of
+ * `family` (ZOR_VA_...), from open to close. printf and scanf formats are
+ * read by the library's own engines' parsers: printf's '*' widths and
+ * precisions take an int, a conversion the engine does not know takes
+ * nothing; a scanf conversion the engine refuses ends the check without
+ * 108 (the engine reads no further). A Fmt or Scan format's first item is
+ * the target or source parameter (or the file) and no variable argument;
+ * a format that does not parse is left to the engine's own report and
+ * nothing is checked. A NULL format or an unknown family checks nothing.
+ * Returns 0 when it reported, else 1.
+ */
+TOLLAN_API int32_t _UPLibChkVaArgs(const char *format, int32_t family, int32_t argpos,
+                                   const void *frame) TOLLAN_NOEXCEPT;
+
+/*
+ * Size information of memory that a library function hands out. Each
+ * block gets one BlkInfo, kept by the library for the life of the process
+ * and found by the block's address: freeing marks it freed (size 0), so the
+ * caller's stale pointers report freed memory, and memory handed out again
+ * at the same address uses it again. An array of strings also gets a
+ * PtrInfo and a BlkInfo (the string's bytes and terminator) per element, so
+ * that the strings read from it are checked too.
+ * Nothing is recorded below debugging level 2. When the library has no
+ * memory for the records, 191 "Out of memory for user protection
+ * information." is reported as fatal and the pointer goes unchecked.
+ *
+ * _UPReturnPointerSizeInfo: the wrapped function returns ptr, a block of
+ * `size` bytes; its information becomes the return value's (what
+ * _ReceivePtrInfo hands the caller). NULL is a null pointer.
+ * _UPSetOutputPointerSizeInfo and _UPSetOutputStringArrayInfo: the function
+ * stored ptr (or strings) through argument argpos of the call to `frame`, a
+ * pointer to a pointer; the stored pointer's information becomes that of
+ * the block. They may be called before or after _UPLibClearArgs. They
+ * return 1 when the information was stored, 0 when the caller handed none
+ * over for the argument (or it names a predefined entry).
+ * count: the strings of the array; negative: the array ends with a NULL
+ * element, which belongs to it.
+ * _UPResizePointerSizeInfo and _UPResizeStringArrayInfo: oldPtr was resized
+ * to newPtr of `size` bytes (or `count` strings): a moved block's old place
+ * is freed (a moved array's strings are not), and newPtr's information
+ * becomes the return value's. A NULL newPtr (a failed resize) leaves the old
+ * block and returns a null pointer's information.
+ * _UPLibFreeDynPtrInfo: the block at ptr was freed (the strings it
+ * described stay); _UPLibFreeStringArrayInfo: the array and its strings
+ * were. Addresses no library function handed out, and NULL, do nothing.
+ */
+TOLLAN_API void _UPReturnPointerSizeInfo(const void *ptr, uint64_t size) TOLLAN_NOEXCEPT;
+TOLLAN_API int32_t _UPSetOutputPointerSizeInfo(int32_t argpos, const void *frame, const void *ptr,
+                                               uint64_t size) TOLLAN_NOEXCEPT;
+TOLLAN_API int32_t _UPSetOutputStringArrayInfo(int32_t argpos, const void *frame, char *const *strings,
+                                               int64_t count) TOLLAN_NOEXCEPT;
+TOLLAN_API void _UPResizePointerSizeInfo(const void *oldPtr, const void *newPtr,
+                                         uint64_t size) TOLLAN_NOEXCEPT;
+TOLLAN_API void _UPResizeStringArrayInfo(char *const *oldStrings, char *const *newStrings,
+                                         int64_t count) TOLLAN_NOEXCEPT;
+TOLLAN_API void _UPLibFreeDynPtrInfo(const void *ptr) TOLLAN_NOEXCEPT;
+TOLLAN_API void _UPLibFreeStringArrayInfo(char *const *strings) TOLLAN_NOEXCEPT;
+
+/*
+ * The thread's checking environment (the first 2112 bytes of its
+ * thread-state record), saved in the caller's storage, usually on its stack.
+ */
+typedef struct ZORSavedCheckingEnv {
+    uint64_t seal; /* set by a save, cleared by the restore */
+    unsigned char environment[2112];
+} ZORSavedCheckingEnv;
+
+/*
+ * A twin that calls back into user code (qsort's comparator) saves the
+ * environment before the callback and restores it after, since the user
+ * code's checked calls overwrite it. Saves nest: each has its own storage.
+ * A restore copies back only what a save of the same storage stored, once:
+ * a second restore, a restore of storage never saved, and NULL do nothing
+ * and return 0. Both return 1 when they copied, 0 otherwise (also when the
+ * thread has no record).
+ */
+TOLLAN_API int32_t _UPSaveCurrentEnv(ZORSavedCheckingEnv *saved) TOLLAN_NOEXCEPT;
+TOLLAN_API int32_t _UPRestoreCurrentEnv(ZORSavedCheckingEnv *saved) TOLLAN_NOEXCEPT;
+
 TOLLAN_END_DECLS
 
 #endif

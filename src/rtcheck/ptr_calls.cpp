@@ -150,7 +150,8 @@ PtrInfo *_ReceivePtrInfo(void *env, PtrInfo *dest, const void *value, int32_t li
     ParameterArea *area = parameterArea(env);
     if (area == nullptr) return uncheckedInfo();
     const PtrInfo &result = settledResult(*area, value, line, col);
-    if (classifyInfo(dest).entry < 0) *dest = result;
+    // The receiving pointer's record describes the value it holds.
+    if (classifyInfo(dest).entry < 0) *dest = {result.info, result.blk, word(value)};
     return classifyInfo(reinterpret_cast<PtrInfo *>(result.info)).record;
 }
 

@@ -51,8 +51,7 @@ PtrInfo *stepThroughShadow(const Arithmetic &op, const ResolvedInfo &info) noexc
     const uint64_t shadow = elementShadowSize(op.element);
     if (shadow == 0) return info.record;
     const int64_t elements = op.delta / static_cast<int64_t>(op.elementSize);
-    return reinterpret_cast<PtrInfo *>(reinterpret_cast<uintptr_t>(info.record) +
-                                       static_cast<uint64_t>(elements) * shadow);
+    return recordAfter<PtrInfo>(info.record, static_cast<uint64_t>(elements) * shadow);
 }
 
 // A checked block: freed (reported; false, and the result keeps the

@@ -48,7 +48,7 @@ const PtrInfo *currentRecord(const PtrInfo *loc, const void *value) noexcept
 {
     if (classifyInfo(const_cast<PtrInfo *>(loc)).entry >= 0) return nullptr;
     if (loc->value == word(value)) return loc;
-    const int entry = classifyInfo(reinterpret_cast<PtrInfo *>(loc->info)).entry;
+    const int entry = infoOf(*loc).entry;
     return entry == kUninitializedEntry ? loc : nullptr;
 }
 
@@ -85,20 +85,19 @@ void _PtrAssignPtr(PtrInfo *dest, const PtrInfo *src) noexcept
         *dest = {word(assignedInfo(from.record).record), 0, 0};
         return;
     }
-    *dest = {word(assignedInfo(reinterpret_cast<PtrInfo *>(src->info)).record), src->blk, src->value};
+    *dest = {word(assignedInfo(fromWord<PtrInfo>(src->info)).record), src->blk, src->value};
 }
 
 PtrInfo *_PtrRValue(const PtrInfo *loc, const void *value) noexcept
 {
     const PtrInfo *record = currentRecord(loc, value);
-    return record != nullptr ? classifyInfo(reinterpret_cast<PtrInfo *>(record->info)).record
-                             : uncheckedInfo();
+    return record != nullptr ? infoOf(*record).record : uncheckedInfo();
 }
 
 BlkInfo *_PtrBlkRValue(const PtrInfo *loc, const void *value) noexcept
 {
     const PtrInfo *record = currentRecord(loc, value);
-    return record != nullptr ? reinterpret_cast<BlkInfo *>(record->blk) : nullptr;
+    return record != nullptr ? fromWord<BlkInfo>(record->blk) : nullptr;
 }
 
 }  // extern "C"

@@ -45,7 +45,7 @@ const ParameterSlot *matchingSlot(const ParameterArea *area, int32_t index, cons
 PtrInfo &settledResult(ParameterArea &area, const void *value, int32_t line, int32_t col) noexcept
 {
     PtrInfo &result = area.returnValue;
-    const int entry = classifyInfo(reinterpret_cast<PtrInfo *>(result.info)).entry;
+    const int entry = infoOf(result).entry;
     if (entry == kMissingReturnEntry) {
         ReportUPError(kAssignSeverity, kMissingReturn, line, col);
         result = {word(&predefinedTable[kUninitializedEntry]), 0, word(value)};
@@ -152,7 +152,7 @@ PtrInfo *_ReceivePtrInfo(void *env, PtrInfo *dest, const void *value, int32_t li
     const PtrInfo &result = settledResult(*area, value, line, col);
     // The receiving pointer's record describes the value it holds.
     if (classifyInfo(dest).entry < 0) *dest = {result.info, result.blk, word(value)};
-    return classifyInfo(reinterpret_cast<PtrInfo *>(result.info)).record;
+    return infoOf(result).record;
 }
 
 }  // extern "C"

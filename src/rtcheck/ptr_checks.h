@@ -85,6 +85,31 @@ inline bool checksBounds(const BlkInfo *blk, int entry) noexcept
     return isRealBlock(blk) && ((blk->size & ZOR_BLK_UNCHECKED) == 0 || entry == kEnforcedUncheckedEntry);
 }
 
+// Records keep addresses as 64-bit words, as compiled code writes them.
+inline uint64_t word(const void *address) noexcept
+{
+    return reinterpret_cast<uintptr_t>(address);
+}
+
+template <typename T>
+T *fromWord(uint64_t address) noexcept
+{
+    return reinterpret_cast<T *>(static_cast<uintptr_t>(address));  // NOLINT(performance-no-int-to-ptr)
+}
+
+// The record or entry `offset` bytes from base; offsets wrap as addresses do.
+template <typename T>
+T *recordAfter(const void *base, uint64_t offset) noexcept
+{
+    return fromWord<T>(word(base) + offset);
+}
+
+// What the information word of a stored record stands for.
+inline ResolvedInfo infoOf(const PtrInfo &record) noexcept
+{
+    return classifyInfo(fromWord<PtrInfo>(record.info));
+}
+
 inline PtrInfo *invalidInfo() noexcept
 {
     return &predefinedTable[kInvalidEntry];

@@ -56,7 +56,7 @@ PtrInfo *_PtrStructMemInfoPtr(const Tynode *type, PtrInfo *info, const TyField *
     if (resolved.entry >= 0) return isScalarEntry(resolved.entry) ? uncheckedInfo() : resolved.record;
     const int64_t offset = memberShadowOffset(type, member);
     if (offset < 0) return invalidInfo();
-    return reinterpret_cast<PtrInfo *>(reinterpret_cast<uintptr_t>(info) + static_cast<uint64_t>(offset));
+    return recordAfter<PtrInfo>(info, static_cast<uint64_t>(offset));
 }
 
 BlkInfo *_PtrStructMemSizePtr(const Tynode *type, const void *value, PtrInfo *info, const BlkInfo *blk,
@@ -74,7 +74,7 @@ BlkInfo *_PtrStructMemSizePtr(const Tynode *type, const void *value, PtrInfo *in
     const bool hasHeader = part != nullptr && (part->op == LCC_STRUCT || part->op == LCC_ARRAY) &&
                            (part->size != 0 || isFlexibleMember(member));
     if (resolved.entry >= 0 || !hasHeader) return nullptr;
-    return reinterpret_cast<BlkInfo *>(reinterpret_cast<uintptr_t>(info) + static_cast<uint64_t>(offset));
+    return recordAfter<BlkInfo>(info, static_cast<uint64_t>(offset));
 }
 
 }  // extern "C"

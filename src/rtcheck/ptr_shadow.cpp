@@ -76,7 +76,7 @@ struct Copier {
         }
         to = *recordAt(const_cast<PtrInfo *>(src), at.shadow);
         if (assigning) {
-            const int index = classifyInfo(reinterpret_cast<PtrInfo *>(to.info)).entry;
+            const int index = infoOf(to).entry;
             if (index >= 0) to.info = assignedEntry(index);
         }
         return true;

@@ -100,9 +100,4 @@ inline PtrInfo *recordAt(void *base, uint64_t offset) noexcept
     return reinterpret_cast<PtrInfo *>(static_cast<unsigned char *>(base) + offset);
 }
 
-inline uint64_t word(const void *address) noexcept
-{
-    return reinterpret_cast<uintptr_t>(address);
-}
-
 }  // namespace tollan::rtcheck

@@ -15,7 +15,6 @@ using pointertest::entry;
 using pointertest::kCol;
 using pointertest::kLine;
 using pointertest::nonFatal;
-using pointertest::offsetFrom;
 
 class Arithmetic : public pointertest::PointerTest {
 protected:

@@ -29,8 +29,9 @@ TEST_F(BadInput, ImplausibleRecordsAreNeverTouched)
 {
     Tynode *intp = types_.pointer(inttype);
     for (uintptr_t value : {uintptr_t{74}, uintptr_t{1000}, uintptr_t{4095}}) {
-        auto *bad = reinterpret_cast<PtrInfo *>(value);
-        auto *badBlock = reinterpret_cast<BlkInfo *>(value);
+        // The values compiled code should never pass, as it might pass them.
+        auto *bad = reinterpret_cast<PtrInfo *>(value);       // NOLINT(performance-no-int-to-ptr)
+        auto *badBlock = reinterpret_cast<BlkInfo *>(value);  // NOLINT(performance-no-int-to-ptr)
         const std::string where = std::to_string(value);
         EXPECT_EQ(reportsOf([&] {
                       EXPECT_EQ(_PtrChkDeref(inttype, data_, bad, badBlock, kLine, kCol), &table_[48]);

@@ -17,7 +17,6 @@ using pointertest::entry;
 using pointertest::kCol;
 using pointertest::kLine;
 using pointertest::nonFatal;
-using pointertest::offsetFrom;
 
 uintptr_t word(const void *address)
 {

@@ -76,7 +76,8 @@ void _PtrPostCall(void *env) noexcept
 {
     ParameterArea *area = parameterArea(env);
     if (area == nullptr) return;
-    area->previousCallee = area->callee;
+    // A library twin may have forgotten the call already and kept its callee.
+    if (area->callee != nullptr) area->previousCallee = area->callee;
     area->callee = nullptr;
     area->slotCount = 0;
     area->coordinateCount = 0;

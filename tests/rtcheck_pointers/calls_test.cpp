@@ -10,6 +10,7 @@
 #include <tollan/debugger.h>
 #include <tollan/rtcheck.h>
 
+#include "rtcheck/checking_environment.h"
 #include "rtcheck_pointers/pointer_fixture.h"
 
 namespace {
@@ -65,6 +66,10 @@ TEST_F(Calls, OnlyTheFunctionCalledTakesTheArguments)
     }
     _PtrPostCall(env_);
     EXPECT_EQ(_GetParamInfo(env_, 2, callee_, intptype, kLine, kCol), &table_[48]);  // the call is over
+    _PtrPostCall(env_);  // as after a library twin that forgot the call first
+    const auto *area = static_cast<const tollan::rtcheck::ParameterArea *>(env_);
+    EXPECT_EQ(area->callee, nullptr);
+    EXPECT_EQ(area->previousCallee, callee_);
 }
 
 TEST_F(Calls, AnArgumentOfAnotherTypeIsReportedAtItsCoordinate)

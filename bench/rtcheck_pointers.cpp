@@ -71,3 +71,5 @@ void BM_CheckedArith(benchmark::State &state)
 BENCHMARK(BM_CheckedArith);
 
 }  // namespace
+
+BENCHMARK_MAIN();

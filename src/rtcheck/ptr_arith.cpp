@@ -126,13 +126,11 @@ void checkIndex(const Arithmetic &op, uint64_t arraySize, const BlkInfo *blk) no
         report(op, kIndexTooLarge, delta / e, available / e - 1);
 }
 
-}  // namespace
-}  // namespace tollan::rtcheck
-
-using namespace tollan::rtcheck;
-
-extern "C" PtrInfo *_PtrChkArith(const Tynode *type, const void *value, int64_t delta, PtrInfo *info,
-                                 const BlkInfo *blk, int32_t line, int32_t col) noexcept
+// Every case, the rare ones included; kept out of line so that the passing
+// path below needs no stack frame.
+[[gnu::noinline]] PtrInfo *checkArithmetic(const Tynode *type, const void *value, int64_t delta,
+                                           PtrInfo *info, const BlkInfo *blk, int32_t line,
+                                           int32_t col) noexcept
 {
     const ResolvedInfo resolved = classifyInfo(info);
     switch (resolved.entry) {
@@ -163,4 +161,24 @@ extern "C" PtrInfo *_PtrChkArith(const Tynode *type, const void *value, int64_t 
     if (resolved.entry >= 0) return moveEntry(op, resolved.entry);
     if (indexing) checkIndex(op, pointer->size, blk);
     return stepThroughShadow(op, resolved);
+}
+
+}  // namespace
+}  // namespace tollan::rtcheck
+
+using namespace tollan::rtcheck;
+
+extern "C" PtrInfo *_PtrChkArith(const Tynode *type, const void *value, int64_t delta, PtrInfo *info,
+                                 const BlkInfo *blk, int32_t line, int32_t col) noexcept
+{
+    // A step through an array of pointer-free elements that stays within
+    // the block, one past the end included: the information stays.
+    if (type != nullptr && type->op == LCC_POINTER && value != nullptr && isOwnRecord(info) &&
+        isRealBlock(blk) &&
+        fitsLiveBlock(*blk, reinterpret_cast<uintptr_t>(value) + static_cast<uint64_t>(delta) - blk->base,
+                      0)) {
+        const Tynode *element = type->type;
+        if (element != nullptr && elementShadowSize(element) == 0) return info;
+    }
+    return checkArithmetic(type, value, delta, info, blk, line, col);
 }

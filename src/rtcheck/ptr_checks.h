@@ -110,6 +110,20 @@ inline ResolvedInfo infoOf(const PtrInfo &record) noexcept
     return classifyInfo(fromWord<PtrInfo>(record.info));
 }
 
+// The passing path of the busiest checks, decided inline without a call: a
+// record of the program's own (not a table entry, not refused) and a live
+// block with checked bounds. The bytes from `offset` into the block must not
+// pass its end (a dereference also needs offset inside it).
+inline bool isOwnRecord(const PtrInfo *info) noexcept
+{
+    return isRealBlock(reinterpret_cast<const BlkInfo *>(info));
+}
+inline bool fitsLiveBlock(const BlkInfo &blk, uint64_t offset, uint64_t bytes) noexcept
+{
+    const uint64_t size = blk.size;
+    return size != 0 && (size & ZOR_BLK_UNCHECKED) == 0 && offset <= size && bytes <= size - offset;
+}
+
 inline PtrInfo *invalidInfo() noexcept
 {
     return &predefinedTable[kInvalidEntry];

@@ -68,13 +68,10 @@ PtrInfo *checkScalar(const Dereference &op, int entry) noexcept
     return report(op, kShortObject, op.objectSize, left);
 }
 
-}  // namespace
-}  // namespace tollan::rtcheck
-
-using namespace tollan::rtcheck;
-
-extern "C" PtrInfo *_PtrChkDeref(const Tynode *type, const void *value, PtrInfo *info, const BlkInfo *blk,
-                                 int32_t line, int32_t col) noexcept
+// Every case, the rare ones included; kept out of line so that the passing
+// path below needs no stack frame.
+[[gnu::noinline]] PtrInfo *checkDereference(const Tynode *type, const void *value, PtrInfo *info,
+                                            const BlkInfo *blk, int32_t line, int32_t col) noexcept
 {
     const ResolvedInfo resolved = classifyInfo(info);
     const Tynode *object = plainType(type);
@@ -94,4 +91,21 @@ extern "C" PtrInfo *_PtrChkDeref(const Tynode *type, const void *value, PtrInfo 
     if (asFunction && resolved.entry != kFunctionEntry) return report(op, kDataAsFunction);
     if (!asFunction && resolved.entry == kFunctionEntry) return report(op, kFunctionAsData);
     return resolved.record;
+}
+
+}  // namespace
+}  // namespace tollan::rtcheck
+
+using namespace tollan::rtcheck;
+
+extern "C" PtrInfo *_PtrChkDeref(const Tynode *type, const void *value, PtrInfo *info, const BlkInfo *blk,
+                                 int32_t line, int32_t col) noexcept
+{
+    // Data read within a live block through a pointer of the program's own.
+    if (type != nullptr && !isQualifierLayer(type->op) && type->op != LCC_FUNCTION && value != nullptr &&
+        isOwnRecord(info) && isRealBlock(blk)) {
+        const uint64_t offset = reinterpret_cast<uintptr_t>(value) - blk->base;
+        if (offset < blk->size && fitsLiveBlock(*blk, offset, type->size)) return info;
+    }
+    return checkDereference(type, value, info, blk, line, col);
 }

@@ -64,7 +64,7 @@ protected:
 TEST_F(Shadow, SetUpMakesEveryPointerUninitializedAndEveryHeaderABlock)
 {
     ASSERT_EQ(PtrSizeOf(record_), sizeof a_ - 16);
-    alignas(8) unsigned char object[48];
+    alignas(8) unsigned char object[48] = {};
     BlkInfo blk{};
     _InitBlkInfo(nullptr, record_, object, &blk);
     EXPECT_EQ(blk.base, word(object));
@@ -158,7 +158,7 @@ TEST_F(Shadow, MemberWalkers)
     EXPECT_EQ(_PtrStructMemInfoPtr(record_, entry(12), member("q")), &table_[48]);
 
     // A struct laid over a 36-byte block: `in` ends at 40.
-    alignas(8) unsigned char data[48];
+    alignas(8) unsigned char data[48] = {};
     const BlkInfo block{word(data), 36};
     EXPECT_EQ(reportsOf([&] { _PtrStructMemSizePtr(record_, data, a_, &block, member("q"), kLine, kCol); }),
               "");
@@ -171,7 +171,7 @@ TEST_F(Shadow, MemberWalkers)
 
 TEST_F(Shadow, CastsNeedRoomForOneObject)
 {
-    alignas(8) unsigned char data[8];
+    alignas(8) unsigned char data[8] = {};
     const BlkInfo six{word(data), 6};
     PtrInfo *own = &a_[0];
     // struct F { int n; char c; char tail[]; }: 8 bytes, of which 5 are fixed.

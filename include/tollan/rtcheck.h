@@ -164,23 +164,22 @@ TOLLAN_API PtrInfo *_PtrChkDeref(const struct Tynode *type, const void *value, P
 /* value + delta bytes, `type` being the pointer type, or the array type when
  * a declared array is indexed (non-fatal reports 109-118, 134). Returns the
  * result's information: the shadow moved by delta's elements. */
-TOLLAN_API PtrInfo *_PtrChkArith(const struct Tynode *type, const void *value, int64_t delta,
-                                 PtrInfo *info, const BlkInfo *blk, int32_t line,
-                                 int32_t col) TOLLAN_NOEXCEPT;
+TOLLAN_API PtrInfo *_PtrChkArith(const struct Tynode *type, const void *value, int64_t delta, PtrInfo *info,
+                                 const BlkInfo *blk, int32_t line, int32_t col) TOLLAN_NOEXCEPT;
 /* Two pointers ordered by <, <=, > or >= (reports 137-142), or subtracted
  * (143-148; two pointers into one unchecked block are reported as pointers
  * to different objects, 147). */
-TOLLAN_API void _PtrChkCompare(PtrInfo *info1, const BlkInfo *blk1, PtrInfo *info2,
-                               const BlkInfo *blk2, int32_t line, int32_t col) TOLLAN_NOEXCEPT;
-TOLLAN_API void _PtrChkSubtract(PtrInfo *info1, const BlkInfo *blk1, PtrInfo *info2,
-                                const BlkInfo *blk2, int32_t line, int32_t col) TOLLAN_NOEXCEPT;
+TOLLAN_API void _PtrChkCompare(PtrInfo *info1, const BlkInfo *blk1, PtrInfo *info2, const BlkInfo *blk2,
+                               int32_t line, int32_t col) TOLLAN_NOEXCEPT;
+TOLLAN_API void _PtrChkSubtract(PtrInfo *info1, const BlkInfo *blk1, PtrInfo *info2, const BlkInfo *blk2,
+                                int32_t line, int32_t col) TOLLAN_NOEXCEPT;
 
 /* Stores {info, blk, value} at dest (unless dest is a table entry), then
  * checks the pointer stored (warnings 119-123; one past the end may be
  * stored). Entries 49 and 50 are stored as 48. Returns the information
  * stored. */
-TOLLAN_API PtrInfo *_PtrChkAssign(const void *value, PtrInfo *dest, PtrInfo *info,
-                                  const BlkInfo *blk, int32_t line, int32_t col) TOLLAN_NOEXCEPT;
+TOLLAN_API PtrInfo *_PtrChkAssign(const void *value, PtrInfo *dest, PtrInfo *info, const BlkInfo *blk,
+                                  int32_t line, int32_t col) TOLLAN_NOEXCEPT;
 /* Copies a pointer's record from src to dest without a check (a table entry
  * as src stores that entry without block or value). */
 TOLLAN_API void _PtrAssignPtr(PtrInfo *dest, const PtrInfo *src) TOLLAN_NOEXCEPT;
@@ -201,8 +200,8 @@ TOLLAN_API void _StructIncompleteAssign(void *env, const struct Tynode *type, Pt
  * flexible array member). _PtrCast and _PtrCastStructBlk give 48 for a
  * scalar entry cast to objects that hold pointers (there are no records of
  * them); _PtrCastToScalar, for pointers to scalars, keeps it. */
-TOLLAN_API PtrInfo *_PtrCast(const struct Tynode *type, const void *value, PtrInfo *info,
-                             const BlkInfo *blk, int32_t line, int32_t col) TOLLAN_NOEXCEPT;
+TOLLAN_API PtrInfo *_PtrCast(const struct Tynode *type, const void *value, PtrInfo *info, const BlkInfo *blk,
+                             int32_t line, int32_t col) TOLLAN_NOEXCEPT;
 TOLLAN_API PtrInfo *_PtrCastStructBlk(const struct Tynode *type, const void *value, PtrInfo *info,
                                       const BlkInfo *blk, int32_t line, int32_t col) TOLLAN_NOEXCEPT;
 TOLLAN_API PtrInfo *_PtrCastToScalar(const struct Tynode *type, const void *value, PtrInfo *info,
@@ -242,8 +241,8 @@ TOLLAN_API void _PassArgCoord(void *env, int32_t index, int32_t line, int32_t co
  * else entry 48. An argument whose type is not compatible with `type` is
  * reported (135, at the argument's coordinate when the caller gave one)
  * and gives 48. _ReceiveBlkInfo gives the argument's block, or NULL. */
-TOLLAN_API PtrInfo *_GetParamInfo(void *env, int32_t index, const void *self,
-                                  const struct Tynode *type, int32_t line, int32_t col) TOLLAN_NOEXCEPT;
+TOLLAN_API PtrInfo *_GetParamInfo(void *env, int32_t index, const void *self, const struct Tynode *type,
+                                  int32_t line, int32_t col) TOLLAN_NOEXCEPT;
 TOLLAN_API BlkInfo *_ReceiveBlkInfo(void *env, int32_t index, const void *self,
                                     const struct Tynode *type) TOLLAN_NOEXCEPT;
 /* The callee hands back {info, blk, value}, or the record at loc, as its
@@ -284,8 +283,8 @@ TOLLAN_API int _ComparePtrInfo(void *env, const struct Tynode *type, const PtrIn
 TOLLAN_API PtrInfo *_PtrStructMemInfoPtr(const struct Tynode *type, PtrInfo *info,
                                          const struct TyField *member) TOLLAN_NOEXCEPT;
 TOLLAN_API BlkInfo *_PtrStructMemSizePtr(const struct Tynode *type, const void *value, PtrInfo *info,
-                                         const BlkInfo *blk, const struct TyField *member,
-                                         int32_t line, int32_t col) TOLLAN_NOEXCEPT;
+                                         const BlkInfo *blk, const struct TyField *member, int32_t line,
+                                         int32_t col) TOLLAN_NOEXCEPT;
 /* The scalar entry for a pointer `offset` bytes into an object of the basic
  * type `type` (char, short, int, long, long long, enums, float, double, and
  * the unsigned types; offset 0 to its size); 48 for anything else. */

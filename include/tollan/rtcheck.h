@@ -116,6 +116,188 @@ typedef struct BlkInfo {
 #define ZOR_BLK_UNCHECKED (UINT64_C(1) << 63)
 #define ZOR_PREDEFINED_PTRINFO_COUNT 73
 
+/*
+ * The pointer checks. Compiled code calls them around every pointer
+ * operation. `type` arguments are type nodes (declared below); `line` and
+ * `col` are the source position that a report names. Every check reports
+ * through ReportUPError, so nothing is reported below debugging level 2 or
+ * with the thread's break on protection errors off, and returns information
+ * the program can go on with: after a report mostly entry 46 (invalid), so
+ * that one fault is reported once and later uses report "invalid".
+ *
+ * The predefined entries (n - 1 for the small integer n): 0-42 and 55-72 a
+ * byte offset into a scalar object without a block of its own; 43 a
+ * function; 44 a pointer into an unchecked block whose bounds are checked
+ * anyway; 45 uninitialised; 46 invalid; 47 null; 48 unchecked (also: no
+ * information at all); 49 and 50 stored as 48 by an assignment; 51 the
+ * result of a call whose callee handed nothing back (received as 48); 52 the
+ * result of a checked function that ended without a return value (received
+ * with a warning, as 45); 53 and 54 reserved, checked like 48.
+ *
+ * Bad input: a PtrInfo that is null or from 74 to 4095 stands for entry 48
+ * and is never read or written; a BlkInfo that is null, a table entry or
+ * below 4096 is no block. Sizes with bit 63 set count as unknown; a type of
+ * size 0 steps by single bytes. Writing to a table entry is refused (with
+ * an assertion from _InitPtrInfo).
+ *
+ * `env` is the calling thread's checking environment: the bytes
+ * checkingEnvironment of its ZORThreadEnv (tollan/debugger.h). NULL stands
+ * for the calling thread's own.
+ */
+struct Tynode;
+struct TyField;
+
+/* Sets up the shadow at info of a new object of `type`: every pointer
+ * uninitialised (45); each struct and array header becomes the block
+ * information of that part of the object, within blk (NULL: unchecked). */
+TOLLAN_API void _InitPtrInfo(void *env, const struct Tynode *type, PtrInfo *info,
+                             const BlkInfo *blk) TOLLAN_NOEXCEPT;
+/* Fills blk for an object of `type` at addr; a type without a known size
+ * makes the block unchecked. */
+TOLLAN_API void _InitBlkInfo(void *env, const struct Tynode *type, const void *addr,
+                             BlkInfo *blk) TOLLAN_NOEXCEPT;
+
+/* A dereference of value as an object of `type` (fatal reports 124-134).
+ * Returns info, or entry 46 after a report. */
+TOLLAN_API PtrInfo *_PtrChkDeref(const struct Tynode *type, const void *value, PtrInfo *info,
+                                 const BlkInfo *blk, int32_t line, int32_t col) TOLLAN_NOEXCEPT;
+/* value + delta bytes, `type` being the pointer type, or the array type when
+ * a declared array is indexed (non-fatal reports 109-118, 134). Returns the
+ * result's information: the shadow moved by delta's elements. */
+TOLLAN_API PtrInfo *_PtrChkArith(const struct Tynode *type, const void *value, int64_t delta, PtrInfo *info,
+                                 const BlkInfo *blk, int32_t line, int32_t col) TOLLAN_NOEXCEPT;
+/* Two pointers ordered by <, <=, > or >= (reports 137-142), or subtracted
+ * (143-148; two pointers into one unchecked block are reported as pointers
+ * to different objects, 147). */
+TOLLAN_API void _PtrChkCompare(PtrInfo *info1, const BlkInfo *blk1, PtrInfo *info2, const BlkInfo *blk2,
+                               int32_t line, int32_t col) TOLLAN_NOEXCEPT;
+TOLLAN_API void _PtrChkSubtract(PtrInfo *info1, const BlkInfo *blk1, PtrInfo *info2, const BlkInfo *blk2,
+                                int32_t line, int32_t col) TOLLAN_NOEXCEPT;
+
+/* Stores {info, blk, value} at dest (unless dest is a table entry), then
+ * checks the pointer stored (warnings 119-123; one past the end may be
+ * stored). Entries 49 and 50 are stored as 48. Returns the information
+ * stored. */
+TOLLAN_API PtrInfo *_PtrChkAssign(const void *value, PtrInfo *dest, PtrInfo *info, const BlkInfo *blk,
+                                  int32_t line, int32_t col) TOLLAN_NOEXCEPT;
+/* Copies a pointer's record from src to dest without a check (a table entry
+ * as src stores that entry without block or value). */
+TOLLAN_API void _PtrAssignPtr(PtrInfo *dest, const PtrInfo *src) TOLLAN_NOEXCEPT;
+/* Struct assignment: the pointer records of the shadow at src go to dest
+ * (entries 49 and 50 as 48); the headers, which describe dest's own
+ * storage, stay. A table entry as src stands for every pointer. */
+TOLLAN_API void _PtrAssignStruct(void *env, const struct Tynode *type, PtrInfo *dest,
+                                 const PtrInfo *src) TOLLAN_NOEXCEPT;
+/* The same when only the first `bytes` bytes of the struct are assigned: the
+ * pointers past them keep their records, one cut by the end becomes 46. */
+TOLLAN_API void _StructIncompleteAssign(void *env, const struct Tynode *type, PtrInfo *dest,
+                                        const PtrInfo *src, uint64_t bytes) TOLLAN_NOEXCEPT;
+
+/* The information after a cast of value to the pointer type `type`: a
+ * pointer in bounds whose block or scalar has no room left for one object of
+ * the new type is reported (149, "pointer to" the new pointee) and gets 46.
+ * _PtrCastStructBlk needs room for a struct's fixed part only (not its
+ * flexible array member). _PtrCast and _PtrCastStructBlk give 48 for a
+ * scalar entry cast to objects that hold pointers (there are no records of
+ * them); _PtrCastToScalar, for pointers to scalars, keeps it. */
+TOLLAN_API PtrInfo *_PtrCast(const struct Tynode *type, const void *value, PtrInfo *info, const BlkInfo *blk,
+                             int32_t line, int32_t col) TOLLAN_NOEXCEPT;
+TOLLAN_API PtrInfo *_PtrCastStructBlk(const struct Tynode *type, const void *value, PtrInfo *info,
+                                      const BlkInfo *blk, int32_t line, int32_t col) TOLLAN_NOEXCEPT;
+TOLLAN_API PtrInfo *_PtrCastToScalar(const struct Tynode *type, const void *value, PtrInfo *info,
+                                     const BlkInfo *blk, int32_t line, int32_t col) TOLLAN_NOEXCEPT;
+
+/* A stored pointer read as a value: the information word and the block of
+ * its record at loc. When the record describes another value (code without
+ * checks changed the pointer) the result is 48 and no block; an
+ * uninitialised record holds for any value. */
+TOLLAN_API PtrInfo *_PtrRValue(const PtrInfo *loc, const void *value) TOLLAN_NOEXCEPT;
+TOLLAN_API BlkInfo *_PtrBlkRValue(const PtrInfo *loc, const void *value) TOLLAN_NOEXCEPT;
+
+/*
+ * Calls. The caller: _PtrPreCall(env, callee) (the function called; its
+ * result is entry 51 until the callee hands one back), then for each
+ * argument _PassParamInfo and _PassArgCoord with index 0 for the first;
+ * after the call _PtrPostCall, then _ReceivePtrInfo or _PtrGetRetValLoc for
+ * a pointer result. The callee: _GetParamInfo and _ReceiveBlkInfo for each
+ * pointer parameter with its own address as self, which is matched against
+ * the recorded callee after jump stubs (0xE9, 0xFF 0x25) on both sides; at a
+ * return _ReturnPtrInfo, or _PtrSetRetValLoc with the record of the
+ * returned variable; at the end of a function that returns no value
+ * _ReturnPtrInfo with 53 (entry 52). Indexes outside 0-47 are ignored.
+ */
+TOLLAN_API void _PtrPreCall(void *env, const void *callee) TOLLAN_NOEXCEPT;
+/* The call is over: its slots are forgotten and the callee becomes the
+ * previous callee. The result's information stays until the next call. */
+TOLLAN_API void _PtrPostCall(void *env) TOLLAN_NOEXCEPT;
+/* Argument index: its information (a table entry, or for a struct its
+ * shadow), its block (kept for pointer types only) and type. Slots skipped
+ * since the last one are cleared. */
+TOLLAN_API void _PassParamInfo(void *env, int32_t index, const struct Tynode *type, PtrInfo *info,
+                               const BlkInfo *blk) TOLLAN_NOEXCEPT;
+TOLLAN_API void _PassArgCoord(void *env, int32_t index, int32_t line, int32_t col) TOLLAN_NOEXCEPT;
+/* Parameter index of the function at self, of `type`: the caller's
+ * information when the recorded call goes to self and the slot is filled,
+ * else entry 48. An argument whose type is not compatible with `type` is
+ * reported (135, at the argument's coordinate when the caller gave one)
+ * and gives 48. _ReceiveBlkInfo gives the argument's block, or NULL. */
+TOLLAN_API PtrInfo *_GetParamInfo(void *env, int32_t index, const void *self, const struct Tynode *type,
+                                  int32_t line, int32_t col) TOLLAN_NOEXCEPT;
+TOLLAN_API BlkInfo *_ReceiveBlkInfo(void *env, int32_t index, const void *self,
+                                    const struct Tynode *type) TOLLAN_NOEXCEPT;
+/* The callee hands back {info, blk, value}, or the record at loc, as its
+ * result's information. */
+TOLLAN_API void _ReturnPtrInfo(void *env, PtrInfo *info, const BlkInfo *blk,
+                               const void *value) TOLLAN_NOEXCEPT;
+TOLLAN_API void _PtrSetRetValLoc(void *env, const PtrInfo *loc) TOLLAN_NOEXCEPT;
+/* The caller's side, for the result value: the result's record (in the
+ * hand-over area; _ReceivePtrInfo also copies it to dest) and its
+ * information word. A result of a callee that handed nothing back, or whose
+ * record describes another value, is 48; a missing return value is
+ * reported (warning 105) and is 45. */
+TOLLAN_API PtrInfo *_PtrGetRetValLoc(void *env, const void *value, int32_t line, int32_t col) TOLLAN_NOEXCEPT;
+TOLLAN_API PtrInfo *_ReceivePtrInfo(void *env, PtrInfo *dest, const void *value, int32_t line,
+                                    int32_t col) TOLLAN_NOEXCEPT;
+
+/* Every pointer of the shadow at info becomes unchecked (48) or invalid
+ * (46), without a block; the values they describe stay. */
+TOLLAN_API void _PtrIgnoreStruct(void *env, const struct Tynode *type, PtrInfo *info) TOLLAN_NOEXCEPT;
+TOLLAN_API void _PtrInvalidStruct(void *env, const struct Tynode *type, PtrInfo *info) TOLLAN_NOEXCEPT;
+/* The one block that stands for freed static storage: pointers into it pass
+ * the bounds and freed-memory checks. NULL (or no block) forgets it. */
+TOLLAN_API void _PtrSetStaticFreeBlkInfo(const BlkInfo *blk) TOLLAN_NOEXCEPT;
+/* Copies the pointer records of an object's shadow (a table entry as src
+ * stands for every pointer); compares two shadows record by record, word by
+ * word, stopping at the first difference: 1 the same, 0 not (a table entry
+ * equals only itself). */
+TOLLAN_API void _CopyPtrInfo(void *env, const struct Tynode *type, PtrInfo *dest,
+                             const PtrInfo *src) TOLLAN_NOEXCEPT;
+TOLLAN_API int _ComparePtrInfo(void *env, const struct Tynode *type, const PtrInfo *a,
+                               const PtrInfo *b) TOLLAN_NOEXCEPT;
+/* Member `member` of the struct `type` whose shadow is at info: the
+ * member's information (a table entry stands for every member; a scalar
+ * entry gives 48; a member not of the struct 46); and the block information
+ * of a struct or array member (its header; NULL for other members and table
+ * entries). When value points into a checked block that ends before the
+ * member does, reports 136 and gives NULL. */
+TOLLAN_API PtrInfo *_PtrStructMemInfoPtr(const struct Tynode *type, PtrInfo *info,
+                                         const struct TyField *member) TOLLAN_NOEXCEPT;
+TOLLAN_API BlkInfo *_PtrStructMemSizePtr(const struct Tynode *type, const void *value, PtrInfo *info,
+                                         const BlkInfo *blk, const struct TyField *member, int32_t line,
+                                         int32_t col) TOLLAN_NOEXCEPT;
+/* The scalar entry for a pointer `offset` bytes into an object of the basic
+ * type `type` (char, short, int, long, long long, enums, float, double, and
+ * the unsigned types; offset 0 to its size); 48 for anything else. */
+TOLLAN_API PtrInfo *_UPLookupBasicPtrInfo(const struct Tynode *type, uint64_t offset) TOLLAN_NOEXCEPT;
+/* Locals read before being set: marks (one byte per local, index below the
+ * count given to Init; NULL: nothing) are cleared, set on assignment and
+ * checked on a read (198, or 199 with the name when name is not NULL;
+ * reported once per local). */
+TOLLAN_API void _LocalsRuntimeInit(unsigned char *marks, uint32_t count) TOLLAN_NOEXCEPT;
+TOLLAN_API void _LocalsRuntimeSet(unsigned char *marks, uint32_t index) TOLLAN_NOEXCEPT;
+TOLLAN_API void _LocalsRuntimeCheck(unsigned char *marks, uint32_t index, const char *name, int32_t line,
+                                    int32_t col) TOLLAN_NOEXCEPT;
+
 /* ======================================================================
  * Type nodes
  *

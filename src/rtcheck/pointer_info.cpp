@@ -59,14 +59,11 @@ static_assert(kDisplacements.scalar[42] && !kDisplacements.scalar[43] && !kDispl
                   kDisplacements.scalar[55] && kDisplacements.scalar[72],
               "the scalar groups cover entries 0-42 and 55-72 exactly");
 
-// The records themselves are never written; only their addresses matter.
+}  // namespace
+
 PtrInfo predefinedTable[kEntries];
 
-std::atomic<const BlkInfo *> staticFree{nullptr};
-
-constexpr uintptr_t kLowestRecordAddress = 4096;
-
-}  // namespace
+std::atomic<const BlkInfo *> staticFreeBlockRecord{nullptr};
 
 PtrInfo *predefinedEntry(int index) noexcept
 {
@@ -110,24 +107,9 @@ int highestDisplacement(int index) noexcept
     return index >= 0 && index < kEntries ? kDisplacements.highest[index] : 0;
 }
 
-int64_t outOfBoundsDistance(uint64_t address, const BlkInfo &blk) noexcept
-{
-    // Unsigned differences read back as signed: distances near 2^63 wrap as
-    // the addresses themselves do.
-    if (address < blk.base) return static_cast<int64_t>(address - blk.base);
-    const uint64_t end = blk.base + blockSize(blk);
-    if (address >= end) return static_cast<int64_t>(address - end + 1);
-    return 0;
-}
-
-const BlkInfo *staticFreeBlock() noexcept
-{
-    return staticFree.load(std::memory_order_acquire);
-}
-
 void setStaticFreeBlock(const BlkInfo *blk) noexcept
 {
-    staticFree.store(blk, std::memory_order_release);
+    staticFreeBlockRecord.store(blk, std::memory_order_release);
 }
 
 const void *followJumpStubs(const void *entry) noexcept
@@ -173,7 +155,11 @@ ParameterArea *parameterArea() noexcept
 
 const ParameterSlot *callerSlot(int32_t argpos, const void *frame) noexcept
 {
-    ParameterArea *area = parameterArea();
+    return callerSlot(parameterArea(), argpos, frame);
+}
+
+const ParameterSlot *callerSlot(const ParameterArea *area, int32_t argpos, const void *frame) noexcept
+{
     if (area == nullptr || argpos < 1 || argpos > area->slotCount || argpos > kParameterSlots) return nullptr;
     if (area->callee == nullptr || followJumpStubs(area->callee) != followJumpStubs(frame)) return nullptr;
     const ParameterSlot &slot = area->slots[argpos - 1];

@@ -89,7 +89,7 @@ Acquisition acquisition(int k)
     if (k % 11 == 5) a.description.clear();
     if (k % 13 == 6) a.description.assign(300 + k, 'd');  // past the stack buffer of acquisition
     if (k % 17 == 8) a.formatted = false, a.description.clear();
-    if (k == 100) a.description.assign(70000, 'x');  // past the dump's 64 KiB write buffer
+    if (k == 100) a.description.assign(1100000, 'x');  // past the dump's write buffer (1 MiB)
     return a;
 }
 
@@ -164,7 +164,7 @@ TEST_F(DumpFormat, EveryEntryAndFrameIsWrittenByteForByte)
 {
     const std::string dump = dumped();
     ASSERT_EQ(dump.compare(0, before_.size(), before_), 0);
-    EXPECT_TRUE(dump.substr(before_.size()) == expectedEntries(firstId_));  // no 80 KiB diff on failure
+    EXPECT_TRUE(dump.substr(before_.size()) == expectedEntries(firstId_));  // no megabyte diff on failure
     EXPECT_EQ(dump.size() - before_.size(), expectedEntries(firstId_).size());
 }
 

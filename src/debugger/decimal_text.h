@@ -3,6 +3,7 @@
 // for a call into the C++ library each.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -28,6 +29,30 @@ constexpr DigitPairs makeDigitPairs() noexcept
 
 inline constexpr DigitPairs kDigitPairs = makeDigitPairs();
 
+// 10 to the power of the index, for counting digits.
+inline constexpr uint64_t kPowersOfTen[kLongestDecimal] = {
+    1u,
+    10u,
+    100u,
+    1000u,
+    10000u,
+    100000u,
+    1000000u,
+    10000000u,
+    100000000u,
+    1000000000u,
+    10000000000u,
+    100000000000u,
+    1000000000000u,
+    10000000000000u,
+    100000000000000u,
+    1000000000000000u,
+    10000000000000000u,
+    100000000000000000u,
+    1000000000000000000u,
+    10000000000000000000u,
+};
+
 // Writes the digits of value at `at`, which has room for kLongestDecimal
 // bytes, without a terminator; returns the end of the digits.
 inline char *putDecimal(char *at, uint64_t value) noexcept
@@ -36,8 +61,10 @@ inline char *putDecimal(char *at, uint64_t value) noexcept
         *at = static_cast<char>('0' + value);
         return at + 1;
     }
-    size_t digits = 2;
-    for (uint64_t limit = 100; digits < kLongestDecimal && value >= limit; limit *= 10) ++digits;
+    // A number of b bits has b * log10(2) digits, or one more: 1233 / 4096
+    // is log10(2) closely enough for every width up to 64.
+    size_t digits = static_cast<size_t>(std::bit_width(value)) * 1233 >> 12;
+    digits += value >= kPowersOfTen[digits] ? 1 : 0;
     char *const end = at + digits;
     char *pair = end;
     for (; value >= 100; value /= 100) {

@@ -56,121 +56,118 @@ char *putPosition(char *at, uint64_t packed) noexcept
 }
 
 // Collects output in large pieces: a write to a file costs the system
-// about as much for a few kilobytes as for a mebibyte.
+// about as much for a few kilobytes as for a mebibyte. The place where the
+// next byte goes is the caller's local variable `at`: stores through a char
+// pointer may change any object, so a position kept in this object would be
+// read from memory again after each of them.
 class DumpWriter {
 public:
     static constexpr size_t kBufferSize = 1024 * 1024;
-    // The most that a run of pieces between two texts writes: a frame's two
-    // positions with the text around them.
-    static constexpr size_t kRunRoom = 64;
 
     // buffer: kBufferSize bytes.
     DumpWriter(platform::NativeFile file, char *buffer) noexcept : file_(file), buffer_(buffer) {}
-    ~DumpWriter() { flush(); }
     DumpWriter(const DumpWriter &) = delete;
     DumpWriter &operator=(const DumpWriter &) = delete;
 
-    // Where a run of at most kRunRoom bytes starts; finish(end) keeps it.
-    char *run() noexcept
+    char *start() const noexcept { return buffer_; }
+    // Where `size` bytes go: at `at`, or at the start once what lies before
+    // `at` is written out.
+    char *room(char *at, size_t size) noexcept
     {
-        if (kBufferSize - used_ < kRunRoom) flush();
-        return buffer_ + used_;
+        return static_cast<size_t>(buffer_ + kBufferSize - at) >= size ? at : drain(at);
     }
-    void finish(char *end) noexcept { used_ = static_cast<size_t>(end - buffer_); }
-
-    // Copies a terminated text ("(null)" for none) as it is measured.
-    void text(const char *value) noexcept
+    // Writes out what lies before `at`; returns the start of the buffer.
+    [[gnu::noinline]] char *drain(char *at) noexcept
     {
-        if (value == nullptr) value = "(null)";
-        for (;;) {
-            char *at = buffer_ + used_;
-            char *const end = buffer_ + kBufferSize;
-            while (at != end && *value != '\0') *at++ = *value++;
-            used_ = static_cast<size_t>(at - buffer_);
-            if (*value == '\0') return;
-            flush();
-        }
-    }
-    // Copies a terminated text that fills whole 8-byte words, padded with
-    // zeros, a word at a time: the texts of an entry are mostly a word or two
-    // long, which a copy byte by byte pays for in branches.
-    void paddedText(const char *value) noexcept
-    {
-        static_assert(std::endian::native == std::endian::little, "the first zero byte is the lowest");
-        constexpr uint64_t kOnes = 0x0101010101010101ull;
-        constexpr uint64_t kHighBits = 0x8080808080808080ull;
-        for (;; value += sizeof(uint64_t)) {
-            if (kBufferSize - used_ < sizeof(uint64_t)) flush();
-            uint64_t word;
-            std::memcpy(&word, value, sizeof word);
-            std::memcpy(buffer_ + used_, &word, sizeof word);
-            // The lowest high bit marks the first zero byte; bits above it
-            // may be wrong, bits below it never are.
-            const uint64_t zeros = (word - kOnes) & ~word & kHighBits;
-            if (zeros != 0) {
-                used_ += static_cast<size_t>(std::countr_zero(zeros)) / 8;
-                return;
-            }
-            used_ += sizeof word;
-        }
+        if (at != buffer_ && platform::writeFile(file_, buffer_, static_cast<uint32_t>(at - buffer_)) !=
+                                 platform::FileError::none)
+            failed_ = true;
+        return buffer_;
     }
     bool failed() const noexcept { return failed_; }
-    void flush() noexcept
-    {
-        if (used_ > 0 &&
-            platform::writeFile(file_, buffer_, static_cast<uint32_t>(used_)) != platform::FileError::none)
-            failed_ = true;
-        used_ = 0;
-    }
 
 private:
     platform::NativeFile file_;
     char *buffer_;
-    size_t used_ = 0;
     bool failed_ = false;
 };
+
+// A dump alternates texts with runs of short pieces (numbers, punctuation).
+// Each text leaves room for the run after it, so that a run needs no check
+// of its own: the longest run is a frame's two positions with the text
+// around them, or a description's line end with the next frame's number.
+constexpr size_t kRunRoom = 64;
+
+// Copies a terminated text ("(null)" for none) as it is measured.
+[[gnu::noinline]] char *putText(DumpWriter &out, char *at, const char *text) noexcept
+{
+    if (text == nullptr) text = "(null)";
+    for (at = out.room(at, kRunRoom); *text != '\0'; ++text) {
+        *at++ = *text;
+        at = out.room(at, kRunRoom);
+    }
+    return at;
+}
+
+// Copies a terminated text that fills whole 8-byte words, padded with zeros,
+// a word at a time: the texts of an entry are mostly a word or two long,
+// which a copy byte by byte pays for in branches.
+char *putPaddedText(DumpWriter &out, char *at, const char *text) noexcept
+{
+    static_assert(std::endian::native == std::endian::little, "the first zero byte is the lowest");
+    constexpr uint64_t kOnes = 0x0101010101010101ull;
+    constexpr uint64_t kHighBits = 0x8080808080808080ull;
+    for (;; text += sizeof(uint64_t), at += sizeof(uint64_t)) {
+        at = out.room(at, sizeof(uint64_t) + kRunRoom);
+        uint64_t word;
+        std::memcpy(&word, text, sizeof word);
+        std::memcpy(at, &word, sizeof word);
+        // The lowest high bit marks the first zero byte; bits above it may
+        // be wrong, bits below it never are.
+        const uint64_t zeros = (word - kOnes) & ~word & kHighBits;
+        if (zeros != 0) return at + std::countr_zero(zeros) / 8;
+    }
+}
 
 // Copies a text of the entry: one of its own copies (which lie in its
 // allocation, in whole zero-padded words) a word at a time, any other (the
 // program's own, with a debugger's shared block attached) byte by byte.
-void entryText(DumpWriter &out, const ResourceEntry &entry, const char *text) noexcept
+char *putEntryText(DumpWriter &out, char *at, const ResourceEntry &entry, const char *text) noexcept
 {
     const auto first = reinterpret_cast<uintptr_t>(&entry);
-    const auto at = reinterpret_cast<uintptr_t>(text);
-    if (at - first < entry.size && at % sizeof(uint64_t) == 0)
-        out.paddedText(text);
-    else
-        out.text(text);
+    const auto place = reinterpret_cast<uintptr_t>(text);
+    if (place - first < entry.size && place % sizeof(uint64_t) == 0) return putPaddedText(out, at, text);
+    return putText(out, at, text);
 }
 
-void writeEntry(DumpWriter &out, const ResourceEntry &entry) noexcept
+char *putEntry(DumpWriter &out, char *at, const ResourceEntry &entry) noexcept
 {
     // "<place> <id> (<type>) <description>", then one line per frame.
-    entryText(out, entry, entry.fileName);
-    char *at = out.run();
+    at = putEntryText(out, at, entry, entry.fileName);
     at = put(at, ":");
     at = putPosition(at, entry.position);
     at = put(at, " ");
     at = put(at, entry.id);
-    out.finish(put(at, " ("));
-    entryText(out, entry, entry.typeName);
-    out.finish(put(out.run(), ") "));
-    entryText(out, entry, entry.description);
-    out.finish(put(out.run(), "\n"));
+    at = put(at, " (");
+    at = putEntryText(out, at, entry, entry.typeName);
+    at = put(at, ") ");
+    at = putEntryText(out, at, entry, entry.description);
+    at = put(at, "\n");
     for (uint64_t i = 0; i < entry.frameCount; ++i) {
         const ResourceFrame &frame = entry.frames()[i];
-        at = put(out.run(), "    ");
+        at = put(at, "    ");
         at = put(at, i);
-        out.finish(put(at, ": "));
-        entryText(out, entry, frame.fileName);
-        at = put(out.run(), ":");
+        at = put(at, ": ");
+        at = putEntryText(out, at, entry, frame.fileName);
+        at = put(at, ":");
         at = putPosition(at, frame.start);
         at = put(at, "-");
         at = putPosition(at, frame.end);
-        out.finish(put(at, " ("));
-        entryText(out, entry, frame.functionName);
-        out.finish(put(out.run(), ")\n"));
+        at = put(at, " (");
+        at = putEntryText(out, at, entry, frame.functionName);
+        at = put(at, ")\n");
     }
+    return at;
 }
 
 void fetchSoon(const ResourceEntry *entry) noexcept
@@ -223,20 +220,17 @@ bool openDump(const char *path, platform::NativeFile *file) noexcept
 bool writeDump(platform::NativeFile file, char *buffer, const ResourceTable &table,
                const void *const (&skipped)[2], bool countDisagrees, bool *agrees) noexcept
 {
-    bool failed = false;
-    {
-        DumpWriter out(file, buffer);
-        if (countDisagrees) {
-            out.text(kModule);
-            char *at = put(out.run(), ":");
-            out.finish(put(at, kCountErrorLine));
-            out.text(":error: gCdbSynchronize->resources.numEntries != LNumItems (list)\n");
-        }
-        *agrees = visitListed(table, skipped, [&out](const ResourceEntry &entry) { writeEntry(out, entry); });
-        out.flush();
-        failed = out.failed();
+    DumpWriter out(file, buffer);
+    char *at = out.start();
+    if (countDisagrees) {
+        at = putText(out, at, kModule);
+        at = put(at, ":");
+        at = put(at, kCountErrorLine);
+        at = putText(out, at, ":error: gCdbSynchronize->resources.numEntries != LNumItems (list)\n");
     }
-    return platform::closeFile(file) == platform::FileError::none && !failed;
+    *agrees = visitListed(table, skipped, [&](const ResourceEntry &entry) { at = putEntry(out, at, entry); });
+    out.drain(at);
+    return platform::closeFile(file) == platform::FileError::none && !out.failed();
 }
 
 }  // namespace

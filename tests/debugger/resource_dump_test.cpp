@@ -14,6 +14,7 @@
 
 #include <tollan/debugger.h>
 
+#include "debugger/decimal_text.h"
 #include "debugger/runtime_record.h"
 
 namespace {
@@ -84,7 +85,8 @@ struct Acquisition {
 
 Acquisition acquisition(int k)
 {
-    Acquisition a{1 + k % kDeepest, k * 37 % 5000, k % 90, kTypeNames[k % 4], "handle " + std::to_string(k), true};
+    Acquisition a{
+        1 + k % kDeepest, k * 37 % 5000, k % 90, kTypeNames[k % 4], "handle " + std::to_string(k), true};
     if (k % 50 == 3) a.line = -1, a.column = -1;  // masked to 1048575.1023
     if (k % 11 == 5) a.description.clear();
     if (k % 13 == 6) a.description.assign(300 + k, 'd');  // past the stack buffer of acquisition
@@ -190,9 +192,24 @@ TEST_F(DumpFormat, ACountThatDisagreesWithTheChainShowsInTheDump)
         std::lock_guard hold(*table.lock);
         table.entryCount = count;
     }
-    EXPECT_TRUE(over == "debugger/cdbstack:193:error: gCdbSynchronize->resources.numEntries != LNumItems (list)\n" +
-                            expectedEntries(firstId_));
+    EXPECT_TRUE(over ==
+                "debugger/cdbstack:193:error: gCdbSynchronize->resources.numEntries != LNumItems (list)\n" +
+                    expectedEntries(firstId_));
     EXPECT_TRUE(under == expectedEntries(firstId_, kEntries - 1));  // without the newest, 299
+}
+
+// The dump's numbers at the edges where their digit count changes.
+TEST(DecimalText, EveryDigitCountAndItsEdges)
+{
+    std::vector<uint64_t> values = {0, UINT64_MAX, UINT64_MAX - 1, 1234567890123456789u};
+    for (uint64_t power = 1; power <= 1000000000000000000u; power *= 10)
+        values.insert(values.end(), {power - 1, power, power + 1, power * 9 + power - 1});
+    values.push_back(10000000000000000000u);
+    for (const uint64_t value : values) {
+        char text[tollan::debugger::kLongestDecimal + 1] = {};
+        char *const end = tollan::debugger::putDecimal(text, value);
+        EXPECT_EQ(std::string(text, end), std::to_string(value));
+    }
 }
 
 }  // namespace

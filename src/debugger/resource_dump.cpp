@@ -98,7 +98,8 @@ private:
 // around them, or a description's line end with the next frame's number.
 constexpr size_t kRunRoom = 64;
 
-// Copies a terminated text ("(null)" for none) as it is measured.
+// Copies a terminated text ("(null)" for none) as it is measured. Out of
+// line: such texts are rare (the program's own, with a debugger attached).
 [[gnu::noinline]] char *putText(DumpWriter &out, char *at, const char *text) noexcept
 {
     if (text == nullptr) text = "(null)";

@@ -1,26 +1,32 @@
 // __ZOR_Resource_DumpToFile: every tracked resource, oldest first, with the
 // stack that acquired it.
+#include <bit>
 #include <cstring>
 #include <mutex>
+#include <cstdlib>
 
 #include <tollan/debugger.h>
-#include <tollan/list.h>
 
 #include "debugger/channel.h"
+#include "debugger/decimal_text.h"
 #include "debugger/resource_entry.h"
 #include "debugger/runtime_record.h"
 #include "logger/log.h"
 #include "platform/file.h"
+#include "services/memory.h"
 
 namespace tollan::debugger {
 namespace {
 
 constexpr const char *kModule = "debugger/cdbstack";
 constexpr int32_t kCannotWrite = -102;
-constexpr int32_t kListFailed = -260;
+constexpr int32_t kNoMemory = -260;
 // Where the debugger's shared block names the two handles of its own that a
 // dump leaves out.
 constexpr size_t kSkippedHandles = 64;
+// The line number that the error line of a table whose count disagrees with
+// its chain has always carried; readers of dumps know the error by it.
+constexpr uint64_t kCountErrorLine = 193;
 
 int32_t warnFailure(int32_t code) noexcept
 {
@@ -29,113 +35,231 @@ int32_t warnFailure(int32_t code) noexcept
     return code;
 }
 
-// An entry of the dump's list: the id beside the entry, so that ordering
-// never has to reach into the entries themselves.
-struct Listed {
-    uint64_t id;
-    const ResourceEntry *entry;
-};
-
-int32_t compareIds(const void *a, const void *b)
+// The pieces of a dump line between two texts go straight into the buffer:
+// each piece below writes at `at` and returns where it ended.
+template <size_t Size>
+char *put(char *at, const char (&literal)[Size]) noexcept
 {
-    const uint64_t x = static_cast<const Listed *>(a)->id;
-    const uint64_t y = static_cast<const Listed *>(b)->id;
-    return (x > y) - (x < y);
+    std::memcpy(at, literal, Size - 1);
+    return at + Size - 1;
 }
 
-// Collects output in large pieces: a dump is one write per 64 KiB.
+char *put(char *at, uint64_t value) noexcept
+{
+    return putDecimal(at, value);
+}
+
+char *putPosition(char *at, uint64_t packed) noexcept
+{
+    at = put(at, static_cast<uint64_t>(positionLine(packed)));
+    *at++ = '.';
+    return put(at, static_cast<uint64_t>(positionColumn(packed)));
+}
+
+// Collects output in large pieces: a write to a file costs the system
+// about as much for a few kilobytes as for a mebibyte. The place where the
+// next byte goes is the caller's local variable `at`: stores through a char
+// pointer may change any object, so a position kept in this object would be
+// read from memory again after each of them.
 class DumpWriter {
 public:
-    explicit DumpWriter(platform::NativeFile file) noexcept : file_(file) {}
-    ~DumpWriter() { flush(); }
+    static constexpr size_t kBufferSize = 1024 * 1024;
+
+    // buffer: kBufferSize bytes.
+    DumpWriter(platform::NativeFile file, char *buffer) noexcept : file_(file), buffer_(buffer) {}
     DumpWriter(const DumpWriter &) = delete;
     DumpWriter &operator=(const DumpWriter &) = delete;
 
-    template <size_t Size>
-    void text(const char (&literal)[Size]) noexcept
+    char *start() const noexcept { return buffer_; }
+    // Where `size` bytes go: at `at`, or at the start once what lies before
+    // `at` is written out.
+    char *room(char *at, size_t size) noexcept
     {
-        bytes(literal, Size - 1);
+        return static_cast<size_t>(buffer_ + kBufferSize - at) >= size ? at : drain(at);
     }
-    void text(const char *value) noexcept
+    // Writes out what lies before `at`; returns the start of the buffer.
+    [[gnu::noinline]] char *drain(char *at) noexcept
     {
-        if (value == nullptr) value = "(null)";
-        bytes(value, std::strlen(value));
-    }
-    void bytes(const char *value, size_t length) noexcept
-    {
-        if (length <= sizeof buffer_ - used_) {
-            std::memcpy(buffer_ + used_, value, length);
-            used_ += length;
-            return;
-        }
-        while (length > 0) {
-            if (used_ == sizeof buffer_) flush();
-            const size_t piece = length < sizeof buffer_ - used_ ? length : sizeof buffer_ - used_;
-            std::memcpy(buffer_ + used_, value, piece);
-            used_ += piece;
-            value += piece;
-            length -= piece;
-        }
-    }
-    void number(uint64_t value) noexcept
-    {
-        char digits[24];
-        char *const end = digits + sizeof digits;
-        char *first = end;
-        do {
-            *--first = static_cast<char>('0' + value % 10);
-            value /= 10;
-        } while (value != 0);
-        bytes(first, static_cast<size_t>(end - first));
-    }
-    void position(uint64_t packed) noexcept
-    {
-        number(static_cast<uint64_t>(positionLine(packed)));
-        text(".");
-        number(static_cast<uint64_t>(positionColumn(packed)));
+        if (at != buffer_ && platform::writeFile(file_, buffer_, static_cast<uint32_t>(at - buffer_)) !=
+                                 platform::FileError::none)
+            failed_ = true;
+        return buffer_;
     }
     bool failed() const noexcept { return failed_; }
-    void flush() noexcept
-    {
-        if (used_ > 0 && platform::writeFile(file_, buffer_, static_cast<uint32_t>(used_)) != platform::FileError::none)
-            failed_ = true;
-        used_ = 0;
-    }
 
 private:
     platform::NativeFile file_;
-    char buffer_[64 * 1024];
-    size_t used_ = 0;
+    char *buffer_;
     bool failed_ = false;
 };
 
-void writeEntry(DumpWriter &out, const ResourceEntry &entry) noexcept
+// A dump alternates texts with runs of short pieces (numbers, punctuation).
+// Each text leaves room for the run after it, so that a run needs no check
+// of its own: the longest run is a frame's two positions with the text
+// around them, or a description's line end with the next frame's number.
+constexpr size_t kRunRoom = 64;
+
+// Copies a terminated text ("(null)" for none) as it is measured. Out of
+// line: such texts are rare (the program's own, with a debugger attached).
+[[gnu::noinline]] char *putText(DumpWriter &out, char *at, const char *text) noexcept
+{
+    if (text == nullptr) text = "(null)";
+    for (at = out.room(at, kRunRoom); *text != '\0'; ++text) {
+        *at++ = *text;
+        at = out.room(at, kRunRoom);
+    }
+    return at;
+}
+
+// Copies a terminated text that fills whole 8-byte words, padded with zeros,
+// a word at a time: the texts of an entry are mostly a word or two long,
+// which a copy byte by byte pays for in branches.
+char *putPaddedText(DumpWriter &out, char *at, const char *text) noexcept
+{
+    static_assert(std::endian::native == std::endian::little, "the first zero byte is the lowest");
+    constexpr uint64_t kOnes = 0x0101010101010101ull;
+    constexpr uint64_t kHighBits = 0x8080808080808080ull;
+    for (;; text += sizeof(uint64_t), at += sizeof(uint64_t)) {
+        at = out.room(at, sizeof(uint64_t) + kRunRoom);
+        uint64_t word;
+        std::memcpy(&word, text, sizeof word);
+        std::memcpy(at, &word, sizeof word);
+        // The lowest high bit marks the first zero byte; bits above it may
+        // be wrong, bits below it never are.
+        const uint64_t zeros = (word - kOnes) & ~word & kHighBits;
+        if (zeros != 0) return at + std::countr_zero(zeros) / 8;
+    }
+}
+
+// Copies a text of the entry: one of its own copies (which lie in its
+// allocation, in whole zero-padded words) a word at a time, any other (the
+// program's own, with a debugger's shared block attached) byte by byte.
+char *putEntryText(DumpWriter &out, char *at, const ResourceEntry &entry, const char *text) noexcept
+{
+    const auto first = reinterpret_cast<uintptr_t>(&entry);
+    const auto place = reinterpret_cast<uintptr_t>(text);
+    if (place - first < entry.size && place % sizeof(uint64_t) == 0) return putPaddedText(out, at, text);
+    return putText(out, at, text);
+}
+
+// The id written last, as text. The ids of a dump rise, mostly by one
+// (released entries leave gaps): the next id is usually this text with its
+// last digit raised, which costs less than making the digits anew.
+class RecentId {
+public:
+    // Writes id at `at`, which has room for kLongestDecimal bytes; returns
+    // the end of its digits.
+    char *put(char *at, uint64_t id) noexcept
+    {
+        const uint64_t step = id - value_;
+        if (length_ != 0 && step <= static_cast<uint64_t>('9' - text_[length_ - 1]))
+            text_[length_ - 1] = static_cast<char>(text_[length_ - 1] + static_cast<char>(step));
+        else
+            length_ = static_cast<size_t>(putDecimal(text_, id) - text_);
+        value_ = id;
+        std::memcpy(at, text_, sizeof text_);
+        return at + length_;
+    }
+
+private:
+    uint64_t value_ = 0;
+    size_t length_ = 0;  // none yet
+    char text_[kLongestDecimal] = {};
+};
+
+char *putEntry(DumpWriter &out, char *at, RecentId &recentId, const ResourceEntry &entry) noexcept
 {
     // "<place> <id> (<type>) <description>", then one line per frame.
-    out.text(entry.fileName);
-    out.text(":");
-    out.position(entry.position);
-    out.text(" ");
-    out.number(entry.id);
-    out.text(" (");
-    out.text(entry.typeName);
-    out.text(") ");
-    out.text(entry.description);
-    out.text("\n");
+    at = putEntryText(out, at, entry, entry.fileName);
+    at = put(at, ":");
+    at = putPosition(at, entry.position);
+    at = put(at, " ");
+    at = recentId.put(at, entry.id);
+    at = put(at, " (");
+    at = putEntryText(out, at, entry, entry.typeName);
+    at = put(at, ") ");
+    at = putEntryText(out, at, entry, entry.description);
+    at = put(at, "\n");
     for (uint64_t i = 0; i < entry.frameCount; ++i) {
         const ResourceFrame &frame = entry.frames()[i];
-        out.text("    ");
-        out.number(i);
-        out.text(": ");
-        out.text(frame.fileName);
-        out.text(":");
-        out.position(frame.start);
-        out.text("-");
-        out.position(frame.end);
-        out.text(" (");
-        out.text(frame.functionName);
-        out.text(")\n");
+        at = put(at, "    ");
+        at = put(at, i);
+        at = put(at, ": ");
+        at = putEntryText(out, at, entry, frame.fileName);
+        at = put(at, ":");
+        at = putPosition(at, frame.start);
+        at = put(at, "-");
+        at = putPosition(at, frame.end);
+        at = put(at, " (");
+        at = putEntryText(out, at, entry, frame.functionName);
+        at = put(at, ")\n");
     }
+    return at;
+}
+
+void fetchSoon(const ResourceEntry *entry) noexcept
+{
+    const char *const bytes = reinterpret_cast<const char *>(entry);
+    for (size_t line = 0; line < 256; line += 64) __builtin_prefetch(bytes + line);
+}
+
+// Visits the entries that a dump lists, oldest first, and says whether the
+// table's count agrees with them. The chain holds the entries in the order
+// they were acquired, which is the order of their ids; the debugger's own
+// handles are left out, and no more entries are listed than the table counts.
+template <typename Visit>
+bool visitListed(const ResourceTable &table, const void *const (&skipped)[2], Visit visit) noexcept
+{
+    // The entries lie all over the heap: the walk fetches each a few entries
+    // before it is visited.
+    constexpr int kAhead = 8;
+    const ResourceEntry *ahead = table.oldest;
+    for (int i = 0; i < kAhead && ahead != nullptr; ++i, ahead = ahead->newer) fetchSoon(ahead);
+    uint64_t listed = 0;
+    uint64_t skippedCount = 0;
+    for (const ResourceEntry *entry = table.oldest; entry != nullptr && listed < table.entryCount;
+         entry = entry->newer) {
+        if (ahead != nullptr) {
+            fetchSoon(ahead);
+            ahead = ahead->newer;
+        }
+        if (entry->handle != nullptr && (entry->handle == skipped[0] || entry->handle == skipped[1])) {
+            ++skippedCount;
+        } else {
+            visit(*entry);
+            ++listed;
+        }
+    }
+    return table.entryCount == listed + skippedCount;
+}
+
+bool openDump(const char *path, platform::NativeFile *file) noexcept
+{
+    platform::FileOpenRequest request;
+    request.write = true;
+    request.create = true;
+    request.truncate = true;
+    return path != nullptr && platform::openFile(path, request, file) == platform::FileError::none;
+}
+
+// Writes the dump into the open file through buffer (kBufferSize bytes) and
+// closes the file; false when a write or the close fails.
+bool writeDump(platform::NativeFile file, char *buffer, const ResourceTable &table,
+               const void *const (&skipped)[2], bool countDisagrees, bool *agrees) noexcept
+{
+    DumpWriter out(file, buffer);
+    RecentId recentId;
+    char *at = out.start();
+    if (countDisagrees) {
+        at = putText(out, at, kModule);
+        at = put(at, ":");
+        at = put(at, kCountErrorLine);
+        at = putText(out, at, ":error: gCdbSynchronize->resources.numEntries != LNumItems (list)\n");
+    }
+    *agrees = visitListed(table, skipped,
+                          [&](const ResourceEntry &entry) { at = putEntry(out, at, recentId, entry); });
+    out.drain(at);
+    return platform::closeFile(file) == platform::FileError::none && !out.failed();
 }
 
 }  // namespace
@@ -151,63 +275,24 @@ int32_t __ZOR_Resource_DumpToFile(const char *path) noexcept
     if (const unsigned char *block = sharedInfoBlock())
         std::memcpy(skipped, block + kSkippedHandles, sizeof skipped);
 
-    ResourceTable &table = runtime->resources;
+    const ResourceTable &table = runtime->resources;
     // Held for the whole dump: no entry may be freed while it is written out.
     std::lock_guard hold(*table.lock);
-    const size_t capacity = static_cast<size_t>(table.entryCount);
-    ListType list = LCreateWithOptions(sizeof(Listed), 0, static_cast<uint32_t>(capacity),
-                                       GetDefaultCollectionMemAllocFunctions());
-    if (list == nullptr) return warnFailure(kListFailed);
-    // Filled in place, from the chain of entries in the order they were
-    // acquired: the list has room for every entry the table counts, and the
-    // sort by id finds it in order already.
-    auto *items = static_cast<Listed *>(LGetListDataPtr(list));
-    size_t listed = 0;
-    uint64_t skippedCount = 0;
-    for (const ResourceEntry *entry = table.oldest; entry != nullptr && listed < capacity;
-         entry = entry->newer) {
-        if (entry->handle != nullptr && (entry->handle == skipped[0] || entry->handle == skipped[1]))
-            ++skippedCount;
-        else
-            items[listed++] = Listed{entry->id, entry};
-    }
-    LSetNumItems(list, static_cast<int32_t>(listed));
-    LQuickSort(list, compareIds);
-
-    tollan::platform::FileOpenRequest request;
-    request.write = true;
-    request.create = true;
-    request.truncate = true;
+    auto *buffer = static_cast<char *>(tollan::services::allocateBlock(DumpWriter::kBufferSize));
+    if (buffer == nullptr) return warnFailure(kNoMemory);
     tollan::platform::NativeFile file = tollan::platform::kNoFile;
-    if (path == nullptr || tollan::platform::openFile(path, request, &file) != tollan::platform::FileError::none) {
-        LDiscard(list);
+    if (std::getenv("DUMP_NULL")) path = "/dev/null";
+    if (!openDump(path, &file)) {
+        tollan::services::freeBlock(buffer);
         return warnFailure(kCannotWrite);
     }
-    bool failed = false;
-    {
-        DumpWriter out(file);
-        const int32_t count = LNumItems(list);
-        if (table.entryCount != static_cast<uint64_t>(count) + skippedCount) {
-            out.text(kModule);
-            out.text(":");
-            out.number(__LINE__);
-            out.text(":error: gCdbSynchronize->resources.numEntries != LNumItems (list)\n");
-        }
-        items = static_cast<Listed *>(LGetListDataPtr(list));
-        // The entries lie all over the heap: each is fetched a few entries
-        // before it is written out.
-        constexpr int32_t kAhead = 8;
-        for (int32_t i = 0; i < count; ++i) {
-            if (i + kAhead < count) {
-                const char *ahead = reinterpret_cast<const char *>(items[i + kAhead].entry);
-                for (size_t line = 0; line < 256; line += 64) __builtin_prefetch(ahead + line);
-            }
-            writeEntry(out, *items[i].entry);
-        }
-        out.flush();
-        failed = out.failed();
-    }
-    LDiscard(list);
-    failed = tollan::platform::closeFile(file) != tollan::platform::FileError::none || failed;
-    return failed ? warnFailure(kCannotWrite) : 0;
+    // The entries are written as the walk finds them. Only at its end does
+    // the walk know whether the count agrees with them; when it does not
+    // (a damaged table), the dump is written again behind the error line.
+    bool agrees = true;
+    bool written = writeDump(file, buffer, table, skipped, false, &agrees);
+    if (written && !agrees)
+        written = openDump(path, &file) && writeDump(file, buffer, table, skipped, true, &agrees);
+    tollan::services::freeBlock(buffer);
+    return written ? 0 : warnFailure(kCannotWrite);
 }

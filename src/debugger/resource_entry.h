@@ -4,7 +4,9 @@
 //
 // An entry is one allocation: the header below, then frameCount frame
 // records, then the texts that are copied (type name, description and, when
-// no debugger's shared block is attached, the file names and function names).
+// no debugger's shared block is attached, the file names and function names),
+// each in whole 8-byte words from an 8-byte boundary, the bytes after its
+// terminator zero: the dump reads them a word at a time.
 #pragma once
 
 #include <cstdint>

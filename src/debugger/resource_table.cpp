@@ -63,11 +63,19 @@ void walkFrames(const ZORThreadEnv &record, Visit visit) noexcept
     }
 }
 
+// Clears the last 8-byte word of a text's room before the text goes in:
+// the dump reads the entry's texts a word at a time, padding included.
+void clearPadding(char *room, size_t size) noexcept
+{
+    std::memset(room + size - 8, 0, 8);
+}
+
 // Copies text into the entry's text area at *at; returns the copy.
 const char *placeText(char *&at, const char *text) noexcept
 {
     if (text == nullptr) return nullptr;
     const size_t length = std::strlen(text) + 1;
+    clearPadding(at, roundUp(length));
     std::memcpy(at, text, length);
     const char *copy = at;
     at += roundUp(length);
@@ -251,6 +259,7 @@ void *__ZOR_Resource_Acquire(void *handle, const char *typeName, const char *for
     entry->handle = handle;
     entry->typeName = placeText(text, typeName);
     entry->description = text;
+    clearPadding(text, descriptionSize);
     if (format == nullptr)
         text[0] = '\0';
     else if (fitted)

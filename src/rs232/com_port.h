@@ -39,8 +39,11 @@ struct WriteThread {
     // queue's memory to that write and takes this one, so that bytes queued
     // behind the flush never change the write in progress.
     std::unique_ptr<unsigned char[]> spare;
-    // Set whenever the thread has made room in the queue.
+    // Set when the thread has made the room that a waiting writer asked
+    // for (`roomWanted` bytes free), and whenever the queue empties, stalls
+    // or is dropped.
     std::unique_ptr<platform::Event> room;
+    uint32_t roomWanted = 1;
     uint32_t capacity = 0;
     bool synchronous = false;
     uint32_t head = 0;

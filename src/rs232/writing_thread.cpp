@@ -109,6 +109,7 @@ void WritingThreadProc(void *argument) noexcept
                 writer.chunkInQueue = true;
             }
             const uint32_t written = WriteChunk(port, from, chunk, writeTimeout);
+            bool roomMade = false;
             {
                 Hold hold(writer.lock);
                 writer.writing = false;
@@ -122,8 +123,11 @@ void WritingThreadProc(void *argument) noexcept
                     writer.bytesInQ -= taken;
                     writer.head = writer.bytesInQ == 0 ? 0 : (writer.head + taken) % writer.capacity;
                 }
+                // A writer waiting for room sleeps on until there is enough
+                // of it to be worth waking for.
+                roomMade = writer.capacity - writer.bytesInQ >= writer.roomWanted;
             }
-            writer.room->set();
+            if (stalled || roomMade) writer.room->set();
             if (stalled) platform::sleepMs(1);
         }
         writer.room->set();
@@ -306,9 +310,16 @@ uint32_t WriteChunk(ComPort &port, const unsigned char *bytes, uint32_t count,
     return written;
 }
 
-void waitForQueueSpace(ComPort &port, uint32_t ms) noexcept
+void waitForQueueSpace(ComPort &port, uint32_t wanted, uint32_t ms) noexcept
 {
-    if (port.writeThread.room != nullptr) port.writeThread.room->wait(ms);
+    WriteThread &writer = port.writeThread;
+    if (writer.room == nullptr) return;
+    {
+        Hold hold(writer.lock);
+        writer.roomWanted = std::clamp(wanted, 1u, std::max(writer.capacity / 2, 1u));
+        if (writer.capacity - writer.bytesInQ >= writer.roomWanted) return;
+    }
+    writer.room->wait(ms);
 }
 
 int32_t takeDeferredError(ComPort &port) noexcept

@@ -66,10 +66,13 @@ int32_t ReadPending(ComPort &port, unsigned char *buffer, uint32_t count, uint32
 }
 
 int32_t readAtLeast(ComPort &port, unsigned char *buffer, uint32_t enough, uint32_t count, uint32_t timeoutMs,
-                    uint32_t *got) noexcept
+                    uint32_t *got, FirstPass first) noexcept
 {
     SilenceTimer timer(timeoutMs);
     *got = 0;
+    // As after a first pass that found nothing (unless a byte pushed back is there).
+    if (first == FirstPass::wait && !port.bytePushedBack && !timer.expired())
+        port.device->waitReadable(timer.remainingMs());
     while (*got < enough) {
         uint32_t moved = 0;
         const int32_t error = ReadPending(port, buffer + *got, count - *got, &moved);
@@ -105,12 +108,12 @@ void swallowPartner(ComPort &port, unsigned char terminator) noexcept
 namespace {
 
 // The read of a ComRd call whose arguments have been checked.
-int32_t readInCall(PortCall &call, unsigned char *buffer, uint32_t enough, uint32_t count,
-                   uint32_t *got) noexcept
+int32_t readInCall(PortCall &call, unsigned char *buffer, uint32_t enough, uint32_t count, uint32_t *got,
+                   FirstPass first) noexcept
 {
     ComPort &record = *call.port();
     const int32_t error =
-        readAtLeast(record, buffer, enough, count, static_cast<uint32_t>(record.timeoutMs), got);
+        readAtLeast(record, buffer, enough, count, static_cast<uint32_t>(record.timeoutMs), got, first);
     if (error != 0 && error != ZOR_RS232_TIMEOUT) return call.finish(error);
     // A time-out is no failure of the bytes that came: they are the result.
     call.finish(error);
@@ -119,13 +122,13 @@ int32_t readInCall(PortCall &call, unsigned char *buffer, uint32_t enough, uint3
 
 }  // namespace
 
-int32_t comRdAtLeast(int32_t port, unsigned char *buffer, uint32_t enough, uint32_t count,
-                     uint32_t *got) noexcept
+int32_t comRdAtLeast(int32_t port, unsigned char *buffer, uint32_t enough, uint32_t count, uint32_t *got,
+                     FirstPass first) noexcept
 {
     *got = 0;
     PortCall call(port, "QX_ComRd");
     if (!call) return call.result();
-    return readInCall(call, buffer, enough, count, got);
+    return readInCall(call, buffer, enough, count, got, first);
 }
 
 }  // namespace tollan::rs232
@@ -140,7 +143,7 @@ int32_t ComRd(int32_t port, void *buffer, uint64_t count) noexcept
     if (int32_t error = checkTransfer(buffer, count)) return call.finish(error);
     const auto size = static_cast<uint32_t>(count);
     uint32_t got = 0;
-    return readInCall(call, static_cast<unsigned char *>(buffer), size, size, &got);
+    return readInCall(call, static_cast<unsigned char *>(buffer), size, size, &got, FirstPass::take);
 }
 
 int32_t ComRdByte(int32_t port) noexcept

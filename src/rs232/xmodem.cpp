@@ -84,19 +84,16 @@ public:
         FlushInQ(number_);
     }
 
-    // Reads one byte within `ms` (0: no limit); kNoByte when none came,
-    // kLineFailed when the line reported an error.
+    // Reads one byte, which the peer is yet to send, within `ms` (0: no
+    // limit); kNoByte when none came, kLineFailed when the line reported an
+    // error.
     int readByte(uint32_t ms) noexcept
     {
-        unsigned char byte = 0;
-        const int32_t got = read(&byte, 1, ms);
-        return got == 1 ? byte : (got < 0 ? kLineFailed : kNoByte);
-    }
-
-    int32_t read(unsigned char *bytes, uint32_t count, uint32_t ms) noexcept
-    {
         const TimeoutFor timeout(port_, ms);
-        return ComRd(number_, bytes, count);
+        unsigned char byte = 0;
+        uint32_t got = 0;
+        const int32_t result = comRdAtLeast(number_, &byte, 1, 1, &got, FirstPass::wait);
+        return result == 1 ? byte : (result < 0 ? kLineFailed : kNoByte);
     }
 
     // Reads at least `enough` and at most `count` bytes, each within `ms`

@@ -32,14 +32,21 @@ struct WriteThread {
     std::unique_ptr<platform::Event> wake;
     bool queueWasFull = false;
     platform::RecursiveLock lock;
+    // A ring of `capacity` bytes: `bytesInQ` of them wait from `head` on,
+    // wrapping at the end. The thread writes its chunks straight out of it.
     std::unique_ptr<unsigned char[]> queue;
-    // The chunk being written, copied out of the queue, so that bytes queued
-    // behind a flush never change a write in progress.
-    std::unique_ptr<unsigned char[]> staging;
-    // Set whenever the thread has made room in the queue.
+    // A second ring of the same size. A flush during a write hands the
+    // queue's memory to that write and takes this one, so that bytes queued
+    // behind the flush never change the write in progress.
+    std::unique_ptr<unsigned char[]> spare;
+    // Set when the thread has made the room that a waiting writer asked
+    // for (`roomWanted` bytes free), and whenever the queue empties, stalls
+    // or is dropped.
     std::unique_ptr<platform::Event> room;
+    uint32_t roomWanted = 1;
     uint32_t capacity = 0;
     bool synchronous = false;
+    uint32_t head = 0;
     uint32_t bytesInQ = 0;
     double msPerCharacter = 0.0;
     std::atomic<bool> stop{false};
@@ -49,6 +56,8 @@ struct WriteThread {
     bool flushRequested = false;
     // The thread holds a chunk that it is writing.
     bool writing = false;
+    // That chunk lies in `queue` (not yet handed over by a flush).
+    bool chunkInQueue = false;
 };
 
 struct ComPort {

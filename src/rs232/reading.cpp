@@ -65,12 +65,15 @@ int32_t ReadPending(ComPort &port, unsigned char *buffer, uint32_t count, uint32
     return 0;
 }
 
-int32_t readWithTimeout(ComPort &port, unsigned char *buffer, uint32_t count, uint32_t timeoutMs,
-                        uint32_t *got) noexcept
+int32_t readAtLeast(ComPort &port, unsigned char *buffer, uint32_t enough, uint32_t count, uint32_t timeoutMs,
+                    uint32_t *got, FirstPass first) noexcept
 {
     SilenceTimer timer(timeoutMs);
     *got = 0;
-    while (*got < count) {
+    // As after a first pass that found nothing (unless a byte pushed back is there).
+    if (first == FirstPass::wait && !port.bytePushedBack && !timer.expired())
+        port.device->waitReadable(timer.remainingMs());
+    while (*got < enough) {
         uint32_t moved = 0;
         const int32_t error = ReadPending(port, buffer + *got, count - *got, &moved);
         *got += moved;
@@ -102,6 +105,32 @@ void swallowPartner(ComPort &port, unsigned char terminator) noexcept
     port.pushedBackByte = next;
 }
 
+namespace {
+
+// The read of a ComRd call whose arguments have been checked.
+int32_t readInCall(PortCall &call, unsigned char *buffer, uint32_t enough, uint32_t count, uint32_t *got,
+                   FirstPass first) noexcept
+{
+    ComPort &record = *call.port();
+    const int32_t error =
+        readAtLeast(record, buffer, enough, count, static_cast<uint32_t>(record.timeoutMs), got, first);
+    if (error != 0 && error != ZOR_RS232_TIMEOUT) return call.finish(error);
+    // A time-out is no failure of the bytes that came: they are the result.
+    call.finish(error);
+    return static_cast<int32_t>(*got);
+}
+
+}  // namespace
+
+int32_t comRdAtLeast(int32_t port, unsigned char *buffer, uint32_t enough, uint32_t count, uint32_t *got,
+                     FirstPass first) noexcept
+{
+    *got = 0;
+    PortCall call(port, "QX_ComRd");
+    if (!call) return call.result();
+    return readInCall(call, buffer, enough, count, got, first);
+}
+
 }  // namespace tollan::rs232
 
 using namespace tollan::rs232;
@@ -112,15 +141,9 @@ int32_t ComRd(int32_t port, void *buffer, uint64_t count) noexcept
     if (!call) return call.result();
     if (count == 0) return call.finish(0);
     if (int32_t error = checkTransfer(buffer, count)) return call.finish(error);
-    ComPort &record = *call.port();
+    const auto size = static_cast<uint32_t>(count);
     uint32_t got = 0;
-    const int32_t error =
-        readWithTimeout(record, static_cast<unsigned char *>(buffer), static_cast<uint32_t>(count),
-                        static_cast<uint32_t>(record.timeoutMs), &got);
-    if (error != 0 && error != ZOR_RS232_TIMEOUT) return call.finish(error);
-    // A time-out is no failure of the bytes that came: they are the result.
-    call.finish(error);
-    return static_cast<int32_t>(got);
+    return readInCall(call, static_cast<unsigned char *>(buffer), size, size, &got, FirstPass::take);
 }
 
 int32_t ComRdByte(int32_t port) noexcept

@@ -34,11 +34,30 @@ private:
     uint32_t start_ = 0;
 };
 
-// Reads up to `count` bytes with the port's silence time-out (the wait
-// between two passes blocks until bytes arrive). *got: bytes read. 0, -99
-// (time-out, *got holds what came) or another code.
-int32_t readWithTimeout(ComPort &port, unsigned char *buffer, uint32_t count, uint32_t timeoutMs,
-                        uint32_t *got) noexcept;
+// How a read begins: by taking what has arrived, or, when bytes are known
+// to be on their way only (an answer just asked for), by waiting for them,
+// which spares a read that would find nothing.
+enum class FirstPass { take, wait };
+
+// Reads at least `enough` and at most `count` bytes with a silence time-out
+// (the wait between two passes blocks until bytes arrive); every pass asks
+// for all that `count` still has room for. *got: bytes read, also on
+// failure. 0, -99 (time-out) or another code.
+int32_t readAtLeast(ComPort &port, unsigned char *buffer, uint32_t enough, uint32_t count, uint32_t timeoutMs,
+                    uint32_t *got, FirstPass first = FirstPass::take) noexcept;
+// Reads `count` bytes with a silence time-out, as readAtLeast.
+inline int32_t readWithTimeout(ComPort &port, unsigned char *buffer, uint32_t count, uint32_t timeoutMs,
+                               uint32_t *got) noexcept
+{
+    return readAtLeast(port, buffer, count, count, timeoutMs, got);
+}
+
+// ComRd taking at least `enough` of the `count` bytes (0 < enough <= count
+// < 2^31), with the port's time-out, in the frame of a ComRd call (its last
+// error and log). Returns what ComRd returns; *got: bytes read, also when a
+// failure of the line ends the call.
+int32_t comRdAtLeast(int32_t port, unsigned char *buffer, uint32_t enough, uint32_t count, uint32_t *got,
+                     FirstPass first = FirstPass::take) noexcept;
 
 // After a CR or LF terminator: the byte that follows within two character
 // times is swallowed when it is the partner (LF after CR, CR after LF) and

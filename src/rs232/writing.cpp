@@ -34,7 +34,7 @@ int32_t writeWithTimeout(ComPort &port, const unsigned char *bytes, uint32_t cou
             writer.queueWasFull = false;
             return ZOR_RS232_TIMEOUT;
         }
-        if (!writer.synchronous) waitForQueueSpace(port, timer.remainingMs());
+        if (!writer.synchronous) waitForQueueSpace(port, count - *taken, timer.remainingMs());
     }
     return 0;
 }

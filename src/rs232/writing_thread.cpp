@@ -6,6 +6,7 @@
 #include <cstring>
 #include <mutex>
 #include <new>
+#include <utility>
 
 #include <tollan/logger.h>
 #include <tollan/rs232.h>
@@ -75,7 +76,16 @@ void chooseChunk(const ComPort &port, uint32_t n, bool stalled, uint32_t *chunk,
     *writeTimeout = kShortestWriteMs;
 }
 
-// Drains the queue whenever it is woken, until told to stop.
+// Drops everything queued; the ring starts again at its beginning.
+void emptyQueue(WriteThread &writer) noexcept
+{
+    writer.bytesInQ = 0;
+    writer.head = 0;
+}
+
+// Drains the queue whenever it is woken, until told to stop. A chunk is
+// written straight out of the ring and never runs past its end: the bytes
+// after the wrap are the next chunk.
 void WritingThreadProc(void *argument) noexcept
 {
     ComPort &port = *static_cast<ComPort *>(argument);
@@ -87,19 +97,23 @@ void WritingThreadProc(void *argument) noexcept
         uint32_t writeTimeout = kShortestWriteMs;
         for (;;) {
             uint32_t chunk = 0;
+            const unsigned char *from = nullptr;
             {
                 Hold hold(writer.lock);
                 writer.flushRequested = false;
-                const uint32_t n = writer.bytesInQ;
-                if (n == 0 || writer.stop.load()) break;
+                if (writer.bytesInQ == 0 || writer.stop.load()) break;
+                const uint32_t n = std::min(writer.bytesInQ, writer.capacity - writer.head);
                 chooseChunk(port, n, stalled, &chunk, &writeTimeout);
-                std::memcpy(writer.staging.get(), writer.queue.get(), chunk);
+                from = writer.queue.get() + writer.head;
                 writer.writing = true;
+                writer.chunkInQueue = true;
             }
-            const uint32_t written = WriteChunk(port, writer.staging.get(), chunk, writeTimeout);
+            const uint32_t written = WriteChunk(port, from, chunk, writeTimeout);
+            bool roomMade = false;
             {
                 Hold hold(writer.lock);
                 writer.writing = false;
+                writer.chunkInQueue = false;
                 stalled = written == 0;
                 if (!stalled && writer.bytesInQ != 0 && !writer.flushRequested) {
                     if (!(written < INT_MAX))
@@ -107,10 +121,13 @@ void WritingThreadProc(void *argument) noexcept
                                   nullptr);
                     const uint32_t taken = std::min(written, writer.bytesInQ);
                     writer.bytesInQ -= taken;
-                    std::memmove(writer.queue.get(), writer.queue.get() + taken, writer.bytesInQ);
+                    writer.head = writer.bytesInQ == 0 ? 0 : (writer.head + taken) % writer.capacity;
                 }
+                // A writer waiting for room sleeps on until there is enough
+                // of it to be worth waking for.
+                roomMade = writer.capacity - writer.bytesInQ >= writer.roomWanted;
             }
-            writer.room->set();
+            if (stalled || roomMade) writer.room->set();
             if (stalled) platform::sleepMs(1);
         }
         writer.room->set();
@@ -130,24 +147,25 @@ int32_t SetUpWritingThread(ComPort &port) noexcept
     writer.synchronous = port.synchronousWrites;
     writer.capacity = static_cast<uint32_t>(port.outputQueueSize);
     writer.queueWasFull = false;
-    writer.bytesInQ = 0;
+    emptyQueue(writer);
+    writer.chunkInQueue = false;
     writer.flushRequested = false;
     writer.stop.store(false);
     if (!writer.synchronous) {
         const int parityBit = port.parity != 0 ? 1 : 0;
         writer.msPerCharacter = 1000.0 * (1 + parityBit + port.dataBits + port.stopBits) / port.baudRate;
         writer.queue.reset(new (std::nothrow) unsigned char[writer.capacity]);
-        writer.staging.reset(new (std::nothrow) unsigned char[writer.capacity]);
-        if (writer.queue == nullptr || writer.staging == nullptr) {
+        writer.spare.reset(new (std::nothrow) unsigned char[writer.capacity]);
+        if (writer.queue == nullptr || writer.spare == nullptr) {
             writer.queue.reset();
-            writer.staging.reset();
+            writer.spare.reset();
             return ZOR_RS232_NO_MEMORY;
         }
         writer.wake = platform::Event::create(false, false, nullptr);
         writer.room = platform::Event::create(false, false, nullptr);
         if (writer.wake == nullptr || writer.room == nullptr) {
             writer.queue.reset();
-            writer.staging.reset();
+            writer.spare.reset();
             writer.wake.reset();
             writer.room.reset();
             return ZOR_RS232_NO_RESOURCES;
@@ -159,7 +177,7 @@ int32_t SetUpWritingThread(ComPort &port) noexcept
     if (writer.thread == nullptr) {
         writer.device = nullptr;
         writer.queue.reset();
-        writer.staging.reset();
+        writer.spare.reset();
         writer.wake.reset();
         writer.room.reset();
         return ZOR_RS232_NO_RESOURCES;
@@ -183,7 +201,7 @@ void ShutDownWritingThread(ComPort &port) noexcept
     writer.wake.reset();
     writer.room.reset();
     writer.queue.reset();
-    writer.staging.reset();
+    writer.spare.reset();
     writer.device = nullptr;
 }
 
@@ -192,8 +210,15 @@ bool FlushAndAbortTransfer(ComPort &port, bool receiveToo) noexcept
     WriteThread &writer = port.writeThread;
     Hold hold(writer.lock);
     writer.flushRequested = true;
-    writer.bytesInQ = 0;
-    uint32_t flags = platform::kPurgeTransmitAbort | platform::kPurgeTransmitClear;
+    emptyQueue(writer);
+    if (writer.chunkInQueue) {
+        std::swap(writer.queue, writer.spare);
+        writer.chunkInQueue = false;
+    }
+    // Only a write in progress needs aborting: with none, a flush costs no
+    // wake-up of writes that are not there.
+    uint32_t flags = writer.writing ? platform::kPurgeTransmitAbort | platform::kPurgeTransmitClear
+                                    : platform::kPurgeTransmitClear;
     if (receiveToo) flags |= platform::kPurgeReceiveAbort | platform::kPurgeReceiveClear;
     const bool purged = port.device != nullptr && port.device->purge(flags);
     if (!purged) logFailure(ZOR_RS232_SYSTEM_ERROR, "FlushAndAbortTransfer");
@@ -207,7 +232,10 @@ uint32_t QueueSomeBytes(ComPort &port, uint32_t count, const unsigned char *byte
     const uint32_t n = std::min(count, writer.capacity - writer.bytesInQ);
     if (n == 0) return 0;
     writer.queueWasFull = n < count;
-    std::memcpy(writer.queue.get() + writer.bytesInQ, bytes, n);
+    const uint32_t tail = (writer.head + writer.bytesInQ) % writer.capacity;
+    const uint32_t beforeWrap = std::min(n, writer.capacity - tail);
+    std::memcpy(writer.queue.get() + tail, bytes, beforeWrap);
+    std::memcpy(writer.queue.get(), bytes + beforeWrap, n - beforeWrap);
     if (!(UINT_MAX - writer.bytesInQ >= n))
         ZORAssert("UINT_MAX - portPtr->writeThread.bytesInQ >= writtenCnt", kLogModule, "QueueSomeBytes",
                   __LINE__, "overflow");
@@ -281,13 +309,20 @@ uint32_t WriteChunk(ComPort &port, const unsigned char *bytes, uint32_t count,
     writer.deferredError = error;
     // What is queued cannot reach the device: it is dropped with the error,
     // which is reported once.
-    writer.bytesInQ = 0;
+    emptyQueue(writer);
     return written;
 }
 
-void waitForQueueSpace(ComPort &port, uint32_t ms) noexcept
+void waitForQueueSpace(ComPort &port, uint32_t wanted, uint32_t ms) noexcept
 {
-    if (port.writeThread.room != nullptr) port.writeThread.room->wait(ms);
+    WriteThread &writer = port.writeThread;
+    if (writer.room == nullptr) return;
+    {
+        Hold hold(writer.lock);
+        writer.roomWanted = std::clamp(wanted, 1u, std::max(writer.capacity / 2, 1u));
+        if (writer.capacity - writer.bytesInQ >= writer.roomWanted) return;
+    }
+    writer.room->wait(ms);
 }
 
 int32_t takeDeferredError(ComPort &port) noexcept

@@ -34,8 +34,10 @@ uint32_t WriteOrQueue(ComPort &port, uint32_t count, const unsigned char *bytes,
 // than an aborted write becomes the port's deferred error.
 uint32_t WriteChunk(ComPort &port, const unsigned char *bytes, uint32_t count,
                     uint32_t writeTimeoutMs) noexcept;
-// Waits until the writing thread has made room in the queue, for at most `ms`.
-void waitForQueueSpace(ComPort &port, uint32_t ms) noexcept;
+// Waits until the writing thread has made room in the queue for `wanted`
+// bytes (at most half the queue is waited for, so that the thread never runs
+// dry), for at most `ms`. Room made for less may go unnoticed until then.
+void waitForQueueSpace(ComPort &port, uint32_t wanted, uint32_t ms) noexcept;
 // Takes (and clears) the port's deferred error: 0 when there is none.
 int32_t takeDeferredError(ComPort &port) noexcept;
 

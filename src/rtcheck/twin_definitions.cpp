@@ -34,25 +34,25 @@ using namespace tollan::rtcheck;
 #define ELEMS_OR_NULL(position, buffer, size, count) checkSize(buffer, size, count, true, position, frame)
 #define OBJ(position, object) checkSize(object, sizeof *(object), 1, false, position, frame)
 #define OBJ_OR_NULL(position, object) checkSize(object, sizeof *(object), 1, true, position, frame)
-#define PTR(position, pointer) checkSize(entryOf(pointer), 1, 0, false, position, frame)
-#define PTR_OR_NULL(position, pointer) checkSize(entryOf(pointer), 1, 0, true, position, frame)
+#define PTR(position, pointer) checkSize(addressOf(pointer), 1, 0, false, position, frame)
+#define PTR_OR_NULL(position, pointer) checkSize(addressOf(pointer), 1, 0, true, position, frame)
 #define RETURNS(position, argument) returnArgument(position, frame, argument);
 #define NO_RETURNED_ARG
 #define NO_STATUS return call();
-#define FAILS_IF(test, elaboration)                                                                       \
-    const auto result = call();                                                                           \
-    if ((test) && libraryBreaksWanted()) breakOnResult(statusValue(result), elaboration, entryOf(plain)); \
+#define FAILS_IF(test, elaboration)                                                                         \
+    const auto result = call();                                                                             \
+    if ((test) && libraryBreaksWanted()) breakOnResult(statusValue(result), elaboration, addressOf(plain)); \
     return result;
-#define ERRNO_IF(test)                                                 \
-    const ErrnoWatch watch;                                            \
-    const auto result = call();                                        \
-    if ((test) && libraryBreaksWanted()) breakOnErrno(entryOf(plain)); \
+#define ERRNO_IF(test)                                                   \
+    const ErrnoWatch watch;                                              \
+    const auto result = call();                                          \
+    if ((test) && libraryBreaksWanted()) breakOnErrno(addressOf(plain)); \
     return result;
 
 #define TOLLAN_TWIN(Result, name, parameters, arguments, plainFunction, checks, returned, status) \
     Result _UP_##name parameters noexcept                                                         \
     {                                                                                             \
-        [[maybe_unused]] const void *const frame = entryOf(&_UP_##name);                          \
+        [[maybe_unused]] const void *const frame = addressOf(&_UP_##name);                        \
         if (argumentsHandedTo(frame)) {                                                           \
             checks                                                                                \
         }                                                                                         \

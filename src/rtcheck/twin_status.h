@@ -26,10 +26,12 @@ intptr_t statusValue(T value) noexcept
         return static_cast<intptr_t>(value);
 }
 
-template <typename Function>
-const void *entryOf(Function *function) noexcept
+// The address of a function or an object, as the checks and the reports
+// take it.
+template <typename T>
+const void *addressOf(T *pointer) noexcept
 {
-    return reinterpret_cast<const void *>(function);
+    return reinterpret_cast<const void *>(pointer);
 }
 
 // errno is 0 while the plain function runs, so that what it sets tells its

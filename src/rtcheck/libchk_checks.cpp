@@ -16,6 +16,11 @@ void reportArgument(int32_t code, int32_t argpos) noexcept
     _UPLibReportError(code - kFirstArgumentMessage, argpos);
 }
 
+bool passes(int32_t code, bool nullok) noexcept
+{
+    return code == kArgumentValid || (code == kNullArgument && nullok);
+}
+
 }  // namespace
 
 uint64_t neededBytes(uint64_t eltsize, uint64_t count) noexcept
@@ -29,37 +34,39 @@ bool argumentChecksReport() noexcept
     return checkingLevel() && threadReportState().breakOnProtectionErrors != 0;
 }
 
-bool argumentsHandedTo(const void *frame) noexcept
+HandOverView handOverFor(const void *frame) noexcept
 {
-    if (!argumentChecksReport()) return false;
-    const ParameterArea *area = parameterArea();
-    return area != nullptr && area->callee != nullptr &&
-           followJumpStubs(area->callee) == followJumpStubs(frame);
+    ParameterArea *area = parameterArea();
+    // No recorded callee is the common case of a call from unchecked code:
+    // nothing more is looked at.
+    if (area == nullptr || area->callee == nullptr) return {area, false};
+    // The caller usually records the very entry it calls; a stub in between
+    // (an import or a PLT entry) is followed only when it did not.
+    return {area, area->callee == frame || followJumpStubs(area->callee) == followJumpStubs(frame)};
 }
 
-bool checkString(const char *str, bool nullok, int32_t argpos, const void *frame) noexcept
+bool checkString(const HandOverView &view, const char *str, bool nullok, int32_t argpos) noexcept
 {
-    if (!argumentChecksReport()) return true;
-    const int32_t code = classifyArgument(callerSlot(argpos, frame), str, ArgumentUse::string, 0);
-    if (code == kArgumentValid || (code == kNullArgument && nullok)) return true;
+    const int32_t code = classifyArgument(slotOf(view, argpos), str, ArgumentUse::string, 0);
+    if (passes(code, nullok)) return true;
     reportArgument(code, argpos);
     return false;
 }
 
-bool checkSize(const void *ptr, uint64_t eltsize, uint64_t count, bool nullok, int32_t argpos,
-               const void *frame) noexcept
+bool checkSize(const HandOverView &view, const void *ptr, uint64_t eltsize, uint64_t count, bool nullok,
+               int32_t argpos) noexcept
 {
-    if (eltsize == 0 || !argumentChecksReport()) return true;
-    const ParameterSlot *slot = callerSlot(argpos, frame);
+    if (eltsize == 0) return true;
+    const ParameterSlot *slot = slotOf(view, argpos);
     if (count == 0) {
         const int32_t code = classifyArgument(slot, ptr, ArgumentUse::pointer, 0);
-        if (code == kArgumentValid || (code == kNullArgument && nullok)) return true;
+        if (passes(code, nullok)) return true;
         reportArgument(code, argpos);
         return false;
     }
     const uint64_t bytes = neededBytes(eltsize, count);
     const int32_t code = classifyArgument(slot, ptr, ArgumentUse::bytes, bytes);
-    if (code == kArgumentValid || (code == kNullArgument && nullok)) return true;
+    if (passes(code, nullok)) return true;
     if (code == kArgumentTooSmall)
         _UPLibReportError(code - kFirstArgumentMessage, argpos, reachableBytes(slot, ptr), bytes, count);
     else
@@ -67,11 +74,10 @@ bool checkSize(const void *ptr, uint64_t eltsize, uint64_t count, bool nullok, i
     return false;
 }
 
-void returnArgument(int32_t argpos, const void *frame, const void *value) noexcept
+void returnArgument(const HandOverView &view, int32_t argpos, const void *value) noexcept
 {
-    ParameterArea *area = parameterArea();
-    if (area == nullptr) return;
-    const ParameterSlot *slot = callerSlot(argpos, frame);
+    if (view.area == nullptr) return;
+    const ParameterSlot *slot = slotOf(view, argpos);
     PtrInfo handed{};
     if (slot != nullptr && !isImplausibleRecord(slot->info) && !isImplausibleRecord(slot->blk)) {
         if (predefinedIndex(slot->info) >= 0) {
@@ -83,12 +89,11 @@ void returnArgument(int32_t argpos, const void *frame, const void *value) noexce
         }
         handed.value = value != nullptr ? reinterpret_cast<uint64_t>(value) : slot->info->value;
     }
-    area->returnValue = handed;
+    view.area->returnValue = handed;
 }
 
-void clearArguments() noexcept
+void clearArguments(ParameterArea *area) noexcept
 {
-    ParameterArea *area = parameterArea();
     if (area == nullptr) return;
     area->slotCount = 0;
     area->coordinateCount = 0;

@@ -11,14 +11,14 @@ using namespace tollan::rtcheck;
 
 int32_t _UPLibChkString(const char *str, int32_t nullok, int32_t argpos, const void *frame) noexcept
 {
-    checkString(str, nullok != 0, argpos, frame);
+    if (argumentChecksReport()) checkString(handOverFor(frame), str, nullok != 0, argpos);
     return 1;
 }
 
 int32_t _UPLibChkSize(const void *ptr, uint64_t eltsize, uint64_t count, int32_t nullok, int32_t argpos,
                       const void *frame) noexcept
 {
-    checkSize(ptr, eltsize, count, nullok != 0, argpos, frame);
+    if (argumentChecksReport()) checkSize(handOverFor(frame), ptr, eltsize, count, nullok != 0, argpos);
     return 1;
 }
 
@@ -30,18 +30,18 @@ int32_t _UPLibChkRefArg(const void *ptr, const struct Tynode *type, int32_t null
     // pointer.
     if (!argumentChecksReport() || isImplausibleRecord(type)) return 1;
     const uint64_t size = type != nullptr ? type->size : 0;
-    checkSize(ptr, size == 0 ? 1 : size, size == 0 ? 0 : 1, nullok != 0, argpos, frame);
+    checkSize(handOverFor(frame), ptr, size == 0 ? 1 : size, size == 0 ? 0 : 1, nullok != 0, argpos);
     return 1;
 }
 
 uint64_t _UPLibGetNumBytes(const void *ptr, int32_t argpos, const void *frame) noexcept
 {
-    return reachableBytes(callerSlot(argpos, frame), ptr);
+    return reachableBytes(slotOf(handOverFor(frame), argpos), ptr);
 }
 
 uint64_t _UPLibGetNumElems(const void *ptr, int32_t argpos, const void *frame) noexcept
 {
-    const ParameterSlot *slot = callerSlot(argpos, frame);
+    const ParameterSlot *slot = slotOf(handOverFor(frame), argpos);
     const uint64_t bytes = reachableBytes(slot, ptr);
     const uint64_t eltsize = slot != nullptr && slot->type != nullptr ? ArrayEltSizeEx(slot->type) : 0;
     return bytes == kNoLimit || eltsize == 0 ? bytes : bytes / eltsize;
@@ -49,18 +49,18 @@ uint64_t _UPLibGetNumElems(const void *ptr, int32_t argpos, const void *frame) n
 
 const struct Tynode *_UPLibGetPtrArgType(int32_t argpos, const void *frame) noexcept
 {
-    const ParameterSlot *slot = callerSlot(argpos, frame);
+    const ParameterSlot *slot = slotOf(handOverFor(frame), argpos);
     return slot != nullptr ? slot->type : nullptr;
 }
 
 void _UPLibReturnArg(int32_t argpos, const void *frame) noexcept
 {
-    returnArgument(argpos, frame, nullptr);
+    returnArgument(handOverFor(frame), argpos, nullptr);
 }
 
 void _UPLibClearArgs(void) noexcept
 {
-    clearArguments();
+    clearArguments(parameterArea());
 }
 
 int32_t _UPLibIsProtectionAvailable(void) noexcept

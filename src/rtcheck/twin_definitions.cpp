@@ -24,19 +24,20 @@
 
 using namespace tollan::rtcheck;
 
-// The table's vocabulary, over `frame`: the twin's own entry.
+// The table's vocabulary, over `handOver`: the thread's hand-over as the
+// twin sees it.
 #define ARG(checks) static_cast<void>(checks);
-#define STR(position, text) checkString(text, false, position, frame)
-#define STR_OR_NULL(position, text) checkString(text, true, position, frame)
-#define BYTES(position, buffer, count) checkSize(buffer, 1, count, false, position, frame)
-#define BYTES_OR_NULL(position, buffer, count) checkSize(buffer, 1, count, true, position, frame)
-#define ELEMS(position, buffer, size, count) checkSize(buffer, size, count, false, position, frame)
-#define ELEMS_OR_NULL(position, buffer, size, count) checkSize(buffer, size, count, true, position, frame)
-#define OBJ(position, object) checkSize(object, sizeof *(object), 1, false, position, frame)
-#define OBJ_OR_NULL(position, object) checkSize(object, sizeof *(object), 1, true, position, frame)
-#define PTR(position, pointer) checkSize(addressOf(pointer), 1, 0, false, position, frame)
-#define PTR_OR_NULL(position, pointer) checkSize(addressOf(pointer), 1, 0, true, position, frame)
-#define RETURNS(position, argument) returnArgument(position, frame, argument);
+#define STR(position, text) checkString(handOver, text, false, position)
+#define STR_OR_NULL(position, text) checkString(handOver, text, true, position)
+#define BYTES(position, buffer, count) checkSize(handOver, buffer, 1, count, false, position)
+#define BYTES_OR_NULL(position, buffer, count) checkSize(handOver, buffer, 1, count, true, position)
+#define ELEMS(position, buffer, size, count) checkSize(handOver, buffer, size, count, false, position)
+#define ELEMS_OR_NULL(position, buffer, size, count) checkSize(handOver, buffer, size, count, true, position)
+#define OBJ(position, object) checkSize(handOver, object, sizeof *(object), 1, false, position)
+#define OBJ_OR_NULL(position, object) checkSize(handOver, object, sizeof *(object), 1, true, position)
+#define PTR(position, pointer) checkSize(handOver, addressOf(pointer), 1, 0, false, position)
+#define PTR_OR_NULL(position, pointer) checkSize(handOver, addressOf(pointer), 1, 0, true, position)
+#define RETURNS(position, argument) returnArgument(handOver, position, argument);
 #define NO_RETURNED_ARG
 #define NO_STATUS return call();
 #define FAILS_IF(test, elaboration)                                                                         \
@@ -52,11 +53,11 @@ using namespace tollan::rtcheck;
 #define TOLLAN_TWIN(Result, name, parameters, arguments, plainFunction, checks, returned, status) \
     Result _UP_##name parameters noexcept                                                         \
     {                                                                                             \
-        [[maybe_unused]] const void *const frame = addressOf(&_UP_##name);                        \
-        if (argumentsHandedTo(frame)) {                                                           \
+        [[maybe_unused]] const HandOverView handOver = handOverFor(addressOf(&_UP_##name));       \
+        if (handOver.toFrame && argumentChecksReport()) {                                         \
             checks                                                                                \
         }                                                                                         \
-        returned clearArguments();                                                                \
+        returned clearArguments(handOver.area);                                                   \
         Result(*const plain) parameters = plainFunction;                                          \
         const auto call = [&]() -> Result { return plain arguments; };                            \
         status                                                                                    \

@@ -28,9 +28,9 @@ using ArgumentChecks = TwinTest;
 
 struct ArgumentCase {
     const char *what;
-    bool asString;
     uint64_t eltsize, count;
     int32_t message;  // 0: nothing reported
+    bool asString;
 };
 
 TEST_F(ArgumentChecks, EachCodeIsReportedWithItsMessage)
@@ -39,22 +39,22 @@ TEST_F(ArgumentChecks, EachCodeIsReportedWithItsMessage)
     char unterminated[4] = {'a', 'b', 'c', 'd'};
     ArgumentInfo block;
     const ArgumentCase cases[] = {
-        {"room enough", false, 1, 8, 0},
-        {"string inside", true, 0, 0, 0},
-        {"null", false, 1, 1, 165},
-        {"null entry", false, 1, 1, 165},
-        {"invalid entry", true, 0, 0, 166},
-        {"unreadable record", false, 1, 1, 166},
-        {"uninitialised", true, 0, 0, 167},
-        {"freed", false, 1, 1, 168},
-        {"before the start", false, 1, 1, 169},
-        {"past the end", false, 1, 1, 170},
-        {"one past the end, nothing needed", false, 1, 0, 0},
-        {"scalar too small", false, 4, 2, 171},
-        {"scalar, validity only", false, 4, 0, 0},
-        {"no terminator", true, 0, 0, 173},
-        {"one byte short", false, 1, 9, 189},
-        {"unchecked block", false, 1, 1000, 0},
+        {"room enough", 1, 8, 0, false},
+        {"string inside", 0, 0, 0, true},
+        {"null", 1, 1, 165, false},
+        {"null entry", 1, 1, 165, false},
+        {"invalid entry", 0, 0, 166, true},
+        {"unreadable record", 1, 1, 166, false},
+        {"uninitialised", 0, 0, 167, true},
+        {"freed", 1, 1, 168, false},
+        {"before the start", 1, 1, 169, false},
+        {"past the end", 1, 1, 170, false},
+        {"one past the end, nothing needed", 1, 0, 0, false},
+        {"scalar too small", 4, 2, 171, false},
+        {"scalar, validity only", 4, 0, 0, false},
+        {"no terminator", 0, 0, 173, true},
+        {"one byte short", 1, 9, 189, false},
+        {"unchecked block", 1, 1000, 0, false},
     };
     for (const ArgumentCase &c : cases) {
         SCOPED_TRACE(c.what);
@@ -108,6 +108,29 @@ TEST_F(ArgumentChecks, NullPassesWhereAllowedAndWithoutInformationNothingIsCheck
     _UPLibChkSize(nullptr, 1, 4, 0, 2, kFrame);
     HandOver(entryOf(&_UP_strlen)).slot(1, entry(rt::kUninitializedEntry));
     _UPLibChkString("x", 0, 1, kFrame);
+    EXPECT_TRUE(caughtReports().empty());
+}
+
+TEST_F(ArgumentChecks, UnreadableRecordsAndNullsAreRefusedWithoutCrashing)
+{
+    HandOver(kFrame)
+        .slot(1, reinterpret_cast<PtrInfo *>(100), reinterpret_cast<BlkInfo *>(200))
+        .slot(2, entry(rt::kUncheckedEntry), reinterpret_cast<BlkInfo *>(4095));
+    char byte = 0;
+    _UPLibChkSize(&byte, 1, 1, 0, 1, kFrame);
+    _UPLibChkRefArg(&byte, nullptr, 0, 1, kFrame);
+    _UPLibChkRefArg(&byte, reinterpret_cast<const Tynode *>(300), 0, 1, kFrame);
+    EXPECT_EQ(_UPLibGetNumBytes(&byte, 1, kFrame), 0u);
+    _UPLibReturnArg(1, kFrame);
+    _UPLibReturnArg(2, kFrame);
+    EXPECT_EQ(rt::parameterArea()->returnValue.info, 0u);
+    ASSERT_EQ(caughtReports().size(), 2u);
+    EXPECT_EQ(caughtReports()[0].text, messageText(166));
+    // Everything null: nothing to look at, nothing reported.
+    caughtReports().clear();
+    _UPLibChkString(nullptr, 0, 0, nullptr);
+    _UPLibChkSize(nullptr, 0, 0, 0, 0, nullptr);
+    EXPECT_EQ(_UPLibGetPtrArgType(0, nullptr), nullptr);
     EXPECT_TRUE(caughtReports().empty());
 }
 

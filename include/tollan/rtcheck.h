@@ -15,7 +15,6 @@
 #include <stdlib.h>
 #include <time.h>
 
-#include <tollan/ansi_c.h>
 #include <tollan/export.h>
 
 TOLLAN_BEGIN_DECLS
@@ -176,13 +175,14 @@ TOLLAN_API int32_t _UPLibIsProtectionAvailable(void) TOLLAN_NOEXCEPT;
  * their stated sizes), hands a returned argument's information on to the
  * result, forgets the call's information, calls the function, and offers a
  * break on library errors when it fails; an argument error that is ignored
- * still calls the function. The streams are the library's (TollanFILE);
+ * still calls the function. The streams are the library's (TollanFILE;
+ * positions are the int64_t of tollan_fpos_t);
  * the rows of tollan/rtcheck_twins.def say what each twin checks and which
  * plain function it calls.
  */
+struct TollanFILE; /* the streams of tollan/ansi_c.h */
 typedef void (*ZOR_SignalHandler)(int);
-#define TOLLAN_TWIN(result, name, parameters, ...) \
-    TOLLAN_API result _UP_##name parameters TOLLAN_NOEXCEPT;
+#define TOLLAN_TWIN(result, name, parameters, ...) TOLLAN_API result _UP_##name parameters TOLLAN_NOEXCEPT;
 #include <tollan/rtcheck_twins.def>
 #undef TOLLAN_TWIN
 

@@ -1,14 +1,15 @@
 // Every row of the twin table, called twice with sample arguments: once
-// with every pointer argument's information saying "uninitialised" (a
-// checked twin reports it fatal, then still calls the plain function), once
-// with each pointer argument described as the buffer it is (nothing
-// reported, and the plain function's result). The sample buffers are real
+// with bad pointer information (a null pointer where a check refuses one,
+// else every pointer uninitialised: reported fatal, and the plain function
+// still runs), once with each pointer argument described as the buffer it
+// is (nothing reported, and the plain function's result). The sample buffers are real
 // and zero-filled, so the plain function always gets arguments it can use.
 #include <cinttypes>
 #include <cmath>
 #include <csignal>
 #include <cstring>
 #include <ctime>
+#include <regex>
 #include <set>
 #include <string>
 #include <type_traits>
@@ -79,7 +80,14 @@ T sampleArgument()
 template <typename T>
 constexpr bool isDataPointer = std::is_pointer_v<T> && !std::is_function_v<std::remove_pointer_t<T>>;
 
-enum class Information { uninitialised, describingTheBuffers };
+// What the hand-over says of the pointer arguments: `entry` for argument
+// `position` (0: for every one), or, without an entry, each described as
+// the buffer it is.
+struct Information {
+    PtrInfo *entry;
+    int32_t position;
+};
+constexpr Information kDescribingTheBuffers{nullptr, 0};
 
 template <typename Signature>
 struct TwinCall;
@@ -93,8 +101,9 @@ struct TwinCall<Result(Parameters...)> {
         [[maybe_unused]] const auto fill = [&](size_t position, bool pointer) {
             if (!pointer) return;
             const auto argpos = static_cast<int32_t>(position + 1);
-            if (information == Information::uninitialised) {
-                handOver.slot(argpos, predefinedEntry(kUninitializedEntry));
+            if (information.entry != nullptr) {
+                if (information.position == 0 || information.position == argpos)
+                    handOver.slot(argpos, information.entry);
             } else {
                 samples.info[position].describe(samples.bytes[position], kSampleSize,
                                                 samples.bytes[position]);
@@ -134,12 +143,12 @@ struct TwinCall<Result(Parameters...)> {
 
 struct TwinRow {
     const char *name;
-    bool checksArguments;
+    const char *checks;  // the row's checks as written
     void (*run)(Information information, bool comparable);
 };
 
 #define TOLLAN_TWIN(Result, name, parameters, arguments, plainFunction, checks, returned, status) \
-    {#name, sizeof #checks > 1, [](Information information, bool comparable) {                    \
+    {#name, #checks, [](Information information, bool comparable) {                               \
          TwinCall<Result parameters>::run(&_UP_##name, plainFunction, information, comparable);   \
      }},
 const TwinRow kRows[] = {
@@ -159,6 +168,16 @@ const std::set<std::string> kNotCalled = {
 // Results that differ from call to call.
 const std::set<std::string> kNotComparable = {"time"};
 
+// The position of the first check that refuses a null pointer; 0 when every
+// check allows one.
+int32_t firstNullRefusingCheck(const std::string &checks)
+{
+    static const std::regex check(R"((STR|BYTES|ELEMS|OBJ|PTR)(_OR_NULL)?\((\d+),)");
+    for (std::sregex_iterator it(checks.begin(), checks.end(), check), end; it != end; ++it)
+        if (!(*it)[2].matched) return std::stoi((*it)[3].str());
+    return 0;
+}
+
 using TableCalls = TwinTest;
 
 TEST_F(TableCalls, TheTableHasEveryTwinOnce)
@@ -168,21 +187,38 @@ TEST_F(TableCalls, TheTableHasEveryTwinOnce)
     EXPECT_EQ(names.size(), 173u);
 }
 
-TEST_F(TableCalls, UninitialisedPointerArgumentsAreReportedAndThePlainFunctionStillRuns)
+TEST_F(TableCalls, ChecksAreReadFromTheRows)
+{
+    EXPECT_EQ(firstNullRefusingCheck("ARG(STR_OR_NULL(1, path)) ARG(OBJ(2, size))"), 2);
+    EXPECT_EQ(firstNullRefusingCheck("ARG(n < 0 ? PTR(3, b) : BYTES(3, b, n))"), 3);
+    EXPECT_EQ(firstNullRefusingCheck("ARG(BYTES_OR_NULL(1, text, 1))"), 0);
+}
+
+// A null pointer where a check refuses one ("Null pointer argument"), else
+// every pointer uninitialised; the plain function still runs on the real
+// buffers.
+TEST_F(TableCalls, ABadPointerArgumentIsReportedAndThePlainFunctionStillRuns)
 {
     SetBreakOnLibraryErrors(0);
     for (const TwinRow &row : kRows) {
         if (kNotCalled.count(row.name) != 0) continue;
         SCOPED_TRACE(row.name);
         caughtReports().clear();
-        row.run(Information::uninitialised, true);
-        if (!row.checksArguments) {
+        const int32_t refusing = firstNullRefusingCheck(row.checks);
+        const Information bad = refusing != 0 ? Information{predefinedEntry(kNullEntry), refusing}
+                                              : Information{predefinedEntry(kUninitializedEntry), 0};
+        row.run(bad, true);
+        if (row.checks[0] == '\0') {
             EXPECT_TRUE(caughtReports().empty());
             continue;
         }
+        // One report per argument that carries bad information.
         ASSERT_FALSE(caughtReports().empty());
+        if (refusing != 0) {
+            EXPECT_EQ(caughtReports().size(), 1u);
+        }
         EXPECT_EQ(caughtReports()[0].severity, ZOR_RTE_FATAL);
-        EXPECT_EQ(caughtReports()[0].text, messageText(167));
+        EXPECT_EQ(caughtReports()[0].text, messageText(refusing != 0 ? 165 : 167));
     }
 }
 
@@ -193,7 +229,7 @@ TEST_F(TableCalls, DescribedArgumentsPassAndTheResultIsThePlainFunctions)
         if (kNotCalled.count(row.name) != 0) continue;
         SCOPED_TRACE(row.name);
         caughtReports().clear();
-        row.run(Information::describingTheBuffers, kNotComparable.count(row.name) == 0);
+        row.run(kDescribingTheBuffers, kNotComparable.count(row.name) == 0);
         for (const auto &report : caughtReports()) ADD_FAILURE() << report.text;
     }
 }

@@ -173,7 +173,8 @@ TOLLAN_API int32_t _UPLibIsProtectionAvailable(void) TOLLAN_NOEXCEPT;
  * The checked twins: _UP_<name> checks the arguments of the library
  * function <name> as its contract asks (strings as strings, buffers by
  * their stated sizes), hands a returned argument's information on to the
- * result, forgets the call's information, calls the function, and offers a
+ * result (a pointer result that is no argument carries none), forgets the
+ * call's information, calls the function, and offers a
  * break on library errors when it fails; an argument error that is ignored
  * still calls the function. The streams are the library's (TollanFILE;
  * positions are the int64_t of tollan_fpos_t);

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <ctime>
 #include <cwchar>
+#include <type_traits>
 
 #include <tollan/ansi_c.h>
 #include <tollan/fmtio.h>
@@ -38,7 +39,10 @@ using namespace tollan::rtcheck;
 #define PTR(position, pointer) checkSize(handOver, addressOf(pointer), 1, 0, false, position)
 #define PTR_OR_NULL(position, pointer) checkSize(handOver, addressOf(pointer), 1, 0, true, position)
 #define RETURNS(position, argument) returnArgument(handOver, position, argument);
-#define NO_RETURNED_ARG
+// A pointer result that is no argument comes back without information, so
+// that the caller does not take that of an earlier call for it.
+#define NO_RETURNED_ARG \
+    if constexpr (std::is_pointer_v<decltype(call())>) returnArgument(handOver, 0, nullptr);
 #define NO_STATUS return call();
 #define FAILS_IF(test, elaboration)                                                                         \
     const auto result = call();                                                                             \
@@ -53,13 +57,13 @@ using namespace tollan::rtcheck;
 #define TOLLAN_TWIN(Result, name, parameters, arguments, plainFunction, checks, returned, status) \
     Result _UP_##name parameters noexcept                                                         \
     {                                                                                             \
+        Result(*const plain) parameters = plainFunction;                                          \
+        const auto call = [&]() -> Result { return plain arguments; };                            \
         [[maybe_unused]] const HandOverView handOver = handOverFor(addressOf(&_UP_##name));       \
         if (handOver.toFrame && argumentChecksReport()) {                                         \
             checks                                                                                \
         }                                                                                         \
         returned clearArguments(handOver.area);                                                   \
-        Result(*const plain) parameters = plainFunction;                                          \
-        const auto call = [&]() -> Result { return plain arguments; };                            \
         status                                                                                    \
     }
 

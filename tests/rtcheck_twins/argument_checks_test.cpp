@@ -192,6 +192,11 @@ TEST_F(ArgumentChecks, AReturnedArgumentHandsItsInformationOnAndClearingForgetsT
     EXPECT_EQ(area.coordinateCount, 0);
     EXPECT_EQ(area.callee, nullptr);
     EXPECT_EQ(area.previousCallee, kFrame);
+    // A twin whose pointer result is no argument hands no information back.
+    HandOver(kFrame).slot(2, block);
+    _UPLibReturnArg(2, kFrame);
+    EXPECT_NE(_UP_strchr("abc", 'b'), nullptr);
+    EXPECT_EQ(area.returnValue.info, 0u);
 }
 
 TEST_F(ArgumentChecks, BelowLevelTwoNothingIsCheckedOrReported)

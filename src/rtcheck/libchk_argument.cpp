@@ -1,6 +1,7 @@
 #include "rtcheck/libchk_argument.h"
 
 #include <cstring>
+#include <cwchar>
 
 #include "rtcheck/pointer_info.h"
 
@@ -80,7 +81,11 @@ int32_t classifyArgument(const ParameterSlot *slot, const void *ptr, ArgumentUse
     }
     if (reach.available == kNoLimit) return kArgumentValid;
     if (reach.available == 0) return kPastEndArgument;
-    return std::memchr(ptr, 0, reach.available) != nullptr ? kArgumentValid : kUnterminatedArgument;
+    const bool terminated = use == ArgumentUse::string
+                                ? std::memchr(ptr, 0, reach.available) != nullptr
+                                : std::wmemchr(static_cast<const wchar_t *>(ptr), 0,
+                                               reach.available / sizeof(wchar_t)) != nullptr;
+    return terminated ? kArgumentValid : kUnterminatedArgument;
 }
 
 }  // namespace tollan::rtcheck

@@ -27,9 +27,10 @@ enum ArgumentCode : int32_t {
 
 // What the argument must be good for.
 enum class ArgumentUse {
-    pointer,  // a valid pointer only: scalars and blocks both pass
-    bytes,    // room for a number of bytes from the pointer on
-    string,   // a terminating null inside what the pointer reaches
+    pointer,     // a valid pointer only: scalars and blocks both pass
+    bytes,       // room for a number of bytes from the pointer on
+    string,      // a terminating null inside what the pointer reaches
+    wideString,  // a terminating null wide character inside it
 };
 
 // The bytes reachable from ptr: kNoLimit when the slot carries no

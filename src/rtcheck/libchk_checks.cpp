@@ -53,6 +53,14 @@ bool checkString(const HandOverView &view, const char *str, bool nullok, int32_t
     return false;
 }
 
+bool checkWideString(const HandOverView &view, const wchar_t *str, bool nullok, int32_t argpos) noexcept
+{
+    const int32_t code = classifyArgument(slotOf(view, argpos), str, ArgumentUse::wideString, 0);
+    if (passes(code, nullok)) return true;
+    reportArgument(code, argpos);
+    return false;
+}
+
 bool checkSize(const HandOverView &view, const void *ptr, uint64_t eltsize, uint64_t count, bool nullok,
                int32_t argpos) noexcept
 {

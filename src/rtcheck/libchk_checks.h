@@ -40,6 +40,8 @@ inline const ParameterSlot *slotOf(const HandOverView &view, int32_t argpos) noe
 // str must be a string terminated inside what it reaches; a null str passes
 // when nullok. Only called once argumentChecksReport() said yes.
 bool checkString(const HandOverView &view, const char *str, bool nullok, int32_t argpos) noexcept;
+// The same for a string of wide characters.
+bool checkWideString(const HandOverView &view, const wchar_t *str, bool nullok, int32_t argpos) noexcept;
 
 // ptr must have room for count elements of eltsize bytes (eltsize 0
 // passes; count 0 asks only for a valid pointer). Only called once

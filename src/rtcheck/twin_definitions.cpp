@@ -30,6 +30,7 @@ using namespace tollan::rtcheck;
 #define ARG(checks) static_cast<void>(checks);
 #define STR(position, text) checkString(handOver, text, false, position)
 #define STR_OR_NULL(position, text) checkString(handOver, text, true, position)
+#define WSTR(position, text) checkWideString(handOver, text, false, position)
 #define BYTES(position, buffer, count) checkSize(handOver, buffer, 1, count, false, position)
 #define BYTES_OR_NULL(position, buffer, count) checkSize(handOver, buffer, 1, count, true, position)
 #define ELEMS(position, buffer, size, count) checkSize(handOver, buffer, size, count, false, position)

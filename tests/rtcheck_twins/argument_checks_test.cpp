@@ -96,6 +96,21 @@ TEST_F(ArgumentChecks, EachCodeIsReportedWithItsMessage)
     }
 }
 
+TEST_F(ArgumentChecks, AWideStringNeedsANullWideCharacterNotJustANullByte)
+{
+    // Every wide character here has zero bytes in it; only the last one is 0.
+    const wchar_t text[3] = {L'a', L'b', 0};
+    ArgumentInfo block;
+    for (const uint64_t characters : {3, 2}) {
+        caughtReports().clear();
+        block.describe(text, characters * sizeof(wchar_t), text);
+        HandOver(entryOf(&_UP_wcslen)).slot(1, block);
+        EXPECT_EQ(_UP_wcslen(text), 2u);
+    }
+    ASSERT_EQ(caughtReports().size(), 1u);
+    EXPECT_EQ(caughtReports()[0].text, messageText(173));
+}
+
 TEST_F(ArgumentChecks, NullPassesWhereAllowedAndWithoutInformationNothingIsChecked)
 {
     ArgumentInfo block;

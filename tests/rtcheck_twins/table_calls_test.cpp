@@ -172,7 +172,7 @@ const std::set<std::string> kNotComparable = {"time"};
 // check allows one.
 int32_t firstNullRefusingCheck(const std::string &checks)
 {
-    static const std::regex check(R"((STR|BYTES|ELEMS|OBJ|PTR)(_OR_NULL)?\((\d+),)");
+    static const std::regex check(R"((W?STR|BYTES|ELEMS|OBJ|PTR)(_OR_NULL)?\((\d+),)");
     for (std::sregex_iterator it(checks.begin(), checks.end(), check), end; it != end; ++it)
         if (!(*it)[2].matched) return std::stoi((*it)[3].str());
     return 0;

@@ -1,4 +1,4 @@
-// The twins whose behaviour is told exactly: strcpy's order of checks,
+// The twins whose behaviour is fixed in every detail: strcpy's order of checks,
 // fopen's elaboration and sqrt's domain error.
 #include <cerrno>
 #include <cmath>
@@ -17,9 +17,9 @@ using tollan::testing::messageText;
 using tollan::testing::TwinTest;
 namespace rt = tollan::rtcheck;
 
-using ToldTwins = TwinTest;
+using DetailedTwins = TwinTest;
 
-TEST_F(ToldTwins, StrcpyReportsANullTargetAndStillCopiesWhenTheReportIsIgnored)
+TEST_F(DetailedTwins, StrcpyReportsANullTargetAndStillCopiesWhenTheReportIsIgnored)
 {
     char target[8] = "zzzzzzz";
     HandOver(entryOf(&_UP_strcpy)).slot(1, rt::predefinedEntry(rt::kNullEntry));
@@ -30,7 +30,7 @@ TEST_F(ToldTwins, StrcpyReportsANullTargetAndStillCopiesWhenTheReportIsIgnored)
     EXPECT_STREQ(target, "abc");
 }
 
-TEST_F(ToldTwins, StrcpyChecksTheSourceFirstThenOneTargetByteThenTheWholeCopy)
+TEST_F(DetailedTwins, StrcpyChecksTheSourceFirstThenOneTargetByteThenTheWholeCopy)
 {
     // The copy goes to a big enough target and from a terminated source
     // whatever the information says, as it would after an ignored report.
@@ -74,7 +74,7 @@ TEST_F(ToldTwins, StrcpyChecksTheSourceFirstThenOneTargetByteThenTheWholeCopy)
     }
 }
 
-TEST_F(ToldTwins, FopenOffersTheErrnoTextOfAFailedOpen)
+TEST_F(DetailedTwins, FopenOffersTheErrnoTextOfAFailedOpen)
 {
     EXPECT_EQ(_UP_fopen("no-such-folder/no-such-file", "rb"), nullptr);
     ASSERT_EQ(caughtReports().size(), 1u);
@@ -88,7 +88,7 @@ TEST_F(ToldTwins, FopenOffersTheErrnoTextOfAFailedOpen)
     EXPECT_STREQ(rt::openFailureText("", "No such file or directory"), "No such file or directory");
 }
 
-TEST_F(ToldTwins, FopenChecksTheModeOnlyWhenThePathPassed)
+TEST_F(DetailedTwins, FopenChecksTheModeOnlyWhenThePathPassed)
 {
     HandOver(entryOf(&_UP_fopen))
         .slot(1, rt::predefinedEntry(rt::kUninitializedEntry))
@@ -99,7 +99,7 @@ TEST_F(ToldTwins, FopenChecksTheModeOnlyWhenThePathPassed)
     EXPECT_EQ(caughtReports()[0].text, messageText(167));
 }
 
-TEST_F(ToldTwins, SqrtReportsADomainErrorAsErrno)
+TEST_F(DetailedTwins, SqrtReportsADomainErrorAsErrno)
 {
     EXPECT_EQ(EDOM, 33);
     EXPECT_EQ(_UP_sqrt(4.0), 2.0);

@@ -11,6 +11,10 @@
 #ifndef TOLLAN_RTCHECK_H
 #define TOLLAN_RTCHECK_H
 
+#include <stddef.h>
+#include <stdlib.h>
+#include <time.h>
+
 #include <tollan/export.h>
 
 TOLLAN_BEGIN_DECLS
@@ -297,6 +301,72 @@ TOLLAN_API void _LocalsRuntimeInit(unsigned char *marks, uint32_t count) TOLLAN_
 TOLLAN_API void _LocalsRuntimeSet(unsigned char *marks, uint32_t index) TOLLAN_NOEXCEPT;
 TOLLAN_API void _LocalsRuntimeCheck(unsigned char *marks, uint32_t index, const char *name, int32_t line,
                                     int32_t col) TOLLAN_NOEXCEPT;
+
+/* ---- Library argument checks ---------------------------------------- */
+
+/*
+ * The checks that the checked twins of the library functions are built
+ * from, exported for code generators that build checked calls of their own.
+ * Each finds the pointer information of argument argpos (counted from 1) in
+ * the parameter slots the caller filled, but only when the function the
+ * caller's call went to (after jump stubs) is `frame`, the entry of the
+ * function that checks; an argument without information passes every
+ * check. Argument errors are reported fatal with messages 165 to 173 and
+ * 189, under the conditions of _UPLibReportError, and nothing more is
+ * looked at when they would not be reported.
+ */
+
+/* str must be a string terminated inside its block; NULL passes when nullok
+ * is not 0. Returns 1. */
+TOLLAN_API int32_t _UPLibChkString(const char *str, int32_t nullok, int32_t argpos,
+                                   const void *frame) TOLLAN_NOEXCEPT;
+/* ptr must have room for count elements of eltsize bytes from ptr on
+ * ("Array argument too small" otherwise). eltsize 0 passes; count 0 only
+ * asks for a valid pointer, into a scalar or a block. A product that
+ * overflows counts as 4,294,967,295 bytes. NULL passes when nullok is not 0.
+ * Returns 1. */
+TOLLAN_API int32_t _UPLibChkSize(const void *ptr, uint64_t eltsize, uint64_t count, int32_t nullok,
+                                 int32_t argpos, const void *frame) TOLLAN_NOEXCEPT;
+/* A by-reference argument: ptr must have room for one object of `type`
+ * (a type of size 0, or NULL, only asks for a valid pointer). Returns 1. */
+TOLLAN_API int32_t _UPLibChkRefArg(const void *ptr, const struct Tynode *type, int32_t nullok, int32_t argpos,
+                                   const void *frame) TOLLAN_NOEXCEPT;
+/* The bytes reachable from ptr: 0x7FFFFFFFFFFFFFFF when the argument carries
+ * no information (or its bounds are not enforced), the bytes to the end of
+ * a scalar or a block, 0 for a pointer that reaches nothing. */
+TOLLAN_API uint64_t _UPLibGetNumBytes(const void *ptr, int32_t argpos, const void *frame) TOLLAN_NOEXCEPT;
+/* The same in elements of the argument's pointer type (bytes when the type
+ * or its element size is unknown). */
+TOLLAN_API uint64_t _UPLibGetNumElems(const void *ptr, int32_t argpos, const void *frame) TOLLAN_NOEXCEPT;
+/* The argument's type as the caller described it; NULL without information. */
+TOLLAN_API const struct Tynode *_UPLibGetPtrArgType(int32_t argpos, const void *frame) TOLLAN_NOEXCEPT;
+/* The function returns argument argpos: its information (info, block and
+ * value) becomes the return value's; without information the return value
+ * carries none. */
+TOLLAN_API void _UPLibReturnArg(int32_t argpos, const void *frame) TOLLAN_NOEXCEPT;
+/* Forgets the calling thread's parameter slots before the plain function
+ * runs: both counts 0, the callee cleared and kept as the previous one. */
+TOLLAN_API void _UPLibClearArgs(void) TOLLAN_NOEXCEPT;
+/* 1 when the debugging level is 2 or more, else 0. */
+TOLLAN_API int32_t _UPLibIsProtectionAvailable(void) TOLLAN_NOEXCEPT;
+
+/*
+ * The checked twins: _UP_<name> checks the arguments of the library
+ * function <name> as its contract asks (strings as strings, buffers by
+ * their stated sizes), hands a returned argument's information on to the
+ * result (a pointer result that is no argument carries none), forgets the
+ * call's information, calls the function, and offers a
+ * break on library errors when it fails; an argument error that is ignored
+ * still calls the function. The streams are the library's (TollanFILE;
+ * positions are the int64_t of tollan_fpos_t);
+ * the rows of tollan/rtcheck_twins.def say what each twin checks and which
+ * plain function it calls.
+ */
+struct TollanFILE; /* the streams of tollan/ansi_c.h */
+typedef void (*ZOR_SignalHandler)(int);
+#define TOLLAN_TWIN(result, name, parameters, ...) TOLLAN_API result _UP_##name parameters TOLLAN_NOEXCEPT;
+#include <tollan/rtcheck_twins.def>
+#undef TOLLAN_TWIN
 
 /* ======================================================================
  * Type nodes

@@ -1,0 +1,136 @@
+#include "rtcheck/twin_support.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+#include <tollan/fmtio.h>
+#include <tollan/rs232.h>
+
+#include "services/text_format.h"
+
+namespace tollan::rtcheck {
+
+size_t copiedLength(const char *source, int64_t maximum) noexcept
+{
+    return maximum < 0 ? std::strlen(source) : boundedLength(source, static_cast<size_t>(maximum));
+}
+
+size_t boundedLength(const char *text, size_t count) noexcept
+{
+    const void *end = std::memchr(text, 0, count);
+    return end != nullptr ? static_cast<size_t>(static_cast<const char *>(end) - text) : count;
+}
+
+bool streamFailed(TollanFILE *stream) noexcept
+{
+    return tollan_ferror(stream) != 0;
+}
+
+void *findByte(const void *bytes, int value, size_t count) noexcept
+{
+    return const_cast<void *>(std::memchr(bytes, value, count));
+}
+
+char *findCharacter(const char *text, int value) noexcept
+{
+    return const_cast<char *>(std::strchr(text, value));
+}
+
+char *findLastCharacter(const char *text, int value) noexcept
+{
+    return const_cast<char *>(std::strrchr(text, value));
+}
+
+char *findAnyCharacter(const char *text, const char *stops) noexcept
+{
+    return const_cast<char *>(std::strpbrk(text, stops));
+}
+
+char *findString(const char *text, const char *pattern) noexcept
+{
+    return const_cast<char *>(std::strstr(text, pattern));
+}
+
+int64_t textToInt64(const char *text) noexcept
+{
+    return std::atoll(text);
+}
+
+int64_t textToInt64Base(const char *text, char **end, int base) noexcept
+{
+    return std::strtoll(text, end, base);
+}
+
+uint64_t textToUint64Base(const char *text, char **end, int base) noexcept
+{
+    return std::strtoull(text, end, base);
+}
+
+void assertionFailed(const char *message, const char *file, unsigned line) noexcept
+{
+    tollan_fprintf(tollan_stderr, "Assertion failed: %s, file %s, line %u\n", message, file, line);
+    std::abort();
+}
+
+void assertionFailedIn(const char *file, int line, const char *function, const char *expression) noexcept
+{
+    if (function != nullptr)
+        tollan_fprintf(tollan_stderr, "Assertion failed: %s, function %s, file %s, line %d\n", expression,
+                       function, file, line);
+    else
+        tollan_fprintf(tollan_stderr, "Assertion failed: %s, file %s, line %d\n", expression, file, line);
+    std::abort();
+}
+
+int32_t profilingUnavailable() noexcept
+{
+    return -1;
+}
+
+int32_t profilingUnavailableFor(int32_t) noexcept
+{
+    return -1;
+}
+
+int putenvUnavailable(const char *) noexcept
+{
+    return -1;
+}
+
+const char *fmtioErrorText() noexcept
+{
+    return GetFmtIOErrorString(GetFmtIOError());
+}
+
+const char *rs232ErrorText(int32_t code) noexcept
+{
+    return GetRS232ErrorString(code);
+}
+
+const char *hostErrnoText() noexcept
+{
+    return std::strerror(errno);
+}
+
+const char *streamErrnoText() noexcept
+{
+    return std::strerror(*tollan_errno());
+}
+
+const char *openFailureText(const char *systemText, const char *errnoText) noexcept
+{
+    if (systemText == nullptr || systemText[0] == '\0') return errnoText;
+    thread_local char text[512];
+    services::formatTextInto(text, sizeof text, "(%s) %s", systemText, errnoText);
+    return text;
+}
+
+const char *openFailureText() noexcept
+{
+    // The streams keep the system's reason for a failed open only as their
+    // errno, so there is no text of the system's own to put before it.
+    return openFailureText(nullptr, streamErrnoText());
+}
+
+}  // namespace tollan::rtcheck

@@ -340,9 +340,10 @@ TOLLAN_API uint64_t _UPLibGetNumBytes(const void *ptr, int32_t argpos, const voi
 TOLLAN_API uint64_t _UPLibGetNumElems(const void *ptr, int32_t argpos, const void *frame) TOLLAN_NOEXCEPT;
 /* The argument's type as the caller described it; NULL without information. */
 TOLLAN_API const struct Tynode *_UPLibGetPtrArgType(int32_t argpos, const void *frame) TOLLAN_NOEXCEPT;
-/* The function returns argument argpos: its information (info, block and
- * value) becomes the return value's; without information the return value
- * carries none. */
+/* The function returns argument argpos: its information (info word and
+ * block) becomes the return value's, for whatever value the call returns
+ * (_ReceivePtrInfo takes it); without information the return value carries
+ * none. */
 TOLLAN_API void _UPLibReturnArg(int32_t argpos, const void *frame) TOLLAN_NOEXCEPT;
 /* Forgets the calling thread's parameter slots before the plain function
  * runs: both counts 0, the callee cleared and kept as the previous one. */

@@ -86,16 +86,13 @@ void returnArgument(const HandOverView &view, int32_t argpos, const void *value)
 {
     if (view.area == nullptr) return;
     const ParameterSlot *slot = slotOf(view, argpos);
+    // The slot holds what the caller passed: the information word (the
+    // pointed-at shadow, or an entry, which has no block) and the block.
     PtrInfo handed{};
     if (slot != nullptr && !isImplausibleRecord(slot->info) && !isImplausibleRecord(slot->blk)) {
-        if (predefinedIndex(slot->info) >= 0) {
-            // An entry stands for itself; it has no block.
-            handed.info = reinterpret_cast<uint64_t>(slot->info);
-        } else {
-            handed.info = slot->info->info;
-            handed.blk = slot->blk != nullptr ? reinterpret_cast<uint64_t>(slot->blk) : slot->info->blk;
-        }
-        handed.value = value != nullptr ? reinterpret_cast<uint64_t>(value) : slot->info->value;
+        const bool entry = predefinedIndex(slot->info) >= 0;
+        handed = {reinterpret_cast<uint64_t>(slot->info), entry ? 0 : reinterpret_cast<uint64_t>(slot->blk),
+                  reinterpret_cast<uint64_t>(value)};
     }
     view.area->returnValue = handed;
 }

@@ -197,9 +197,9 @@ TEST_F(ArgumentChecks, AReturnedArgumentHandsItsInformationOnAndClearingForgetsT
     HandOver(kFrame).slot(2, block);
     _UPLibReturnArg(2, kFrame);
     rt::ParameterArea &area = *rt::parameterArea();
-    EXPECT_EQ(area.returnValue.info, block.record.info);
+    EXPECT_EQ(area.returnValue.info, reinterpret_cast<uint64_t>(&block.record));
     EXPECT_EQ(area.returnValue.blk, reinterpret_cast<uint64_t>(&block.block));
-    EXPECT_EQ(area.returnValue.value, reinterpret_cast<uint64_t>(text));
+    EXPECT_EQ(area.returnValue.value, 0u);  // the result is not known yet
     _UPLibReturnArg(1, kFrame);  // no information: the result carries none
     EXPECT_EQ(area.returnValue.info, 0u);
     _UPLibClearArgs();
@@ -233,3 +233,25 @@ TEST_F(ArgumentChecks, ProtectionIsAvailableFromLevelTwo)
 }
 
 }  // namespace
+
+// The whole round trip as compiled code makes it: the caller hands strcpy's
+// target over, and receives the target's information with the result.
+TEST_F(ArgumentChecks, ACheckedCallersResultCarriesTheReturnedArgumentsInformation)
+{
+    char target[16];
+    const char source[] = "abc";
+    BlkInfo targetBlock{reinterpret_cast<uint64_t>(target), sizeof target};
+    BlkInfo sourceBlock{reinterpret_cast<uint64_t>(source), sizeof source};
+    PtrInfo targetShadow{};
+    PtrInfo sourceShadow{};
+    _PtrPreCall(nullptr, reinterpret_cast<const void *>(_UP_strcpy));
+    _PassParamInfo(nullptr, 0, charptype, &targetShadow, &targetBlock);
+    _PassParamInfo(nullptr, 1, charptype, &sourceShadow, &sourceBlock);
+    char *result = _UP_strcpy(target, source);
+    _PtrPostCall(nullptr);
+    PtrInfo received{};
+    EXPECT_EQ(_ReceivePtrInfo(nullptr, &received, result, 30, 4), &targetShadow);
+    EXPECT_EQ(received.blk, reinterpret_cast<uint64_t>(&targetBlock));
+    EXPECT_EQ(received.value, reinterpret_cast<uint64_t>(target));
+    EXPECT_TRUE(caughtReports().empty());
+}

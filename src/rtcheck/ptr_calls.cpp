@@ -49,7 +49,8 @@ PtrInfo &settledResult(ParameterArea &area, const void *value, int32_t line, int
     if (entry == kMissingReturnEntry) {
         ReportUPError(kAssignSeverity, kMissingReturn, line, col);
         result = {word(&predefinedTable[kUninitializedEntry]), 0, word(value)};
-    } else if (entry == kNothingReturnedEntry || (entry < 0 && result.value != 0 && result.value != word(value))) {
+    } else if (entry == kNothingReturnedEntry ||
+               (entry < 0 && result.value != 0 && result.value != word(value))) {
         result = {word(uncheckedInfo()), 0, word(value)};
     } else if (result.value == 0) {
         // A checked library wrapper hands an argument's information on before

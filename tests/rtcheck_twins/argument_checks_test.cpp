@@ -200,7 +200,7 @@ TEST_F(ArgumentChecks, AReturnedArgumentHandsItsInformationOnAndClearingForgetsT
     EXPECT_EQ(area.returnValue.info, reinterpret_cast<uint64_t>(&block.record));
     EXPECT_EQ(area.returnValue.blk, reinterpret_cast<uint64_t>(&block.block));
     EXPECT_EQ(area.returnValue.value, 0u);  // the result is not known yet
-    _UPLibReturnArg(1, kFrame);  // no information: the result carries none
+    _UPLibReturnArg(1, kFrame);             // no information: the result carries none
     EXPECT_EQ(area.returnValue.info, 0u);
     _UPLibClearArgs();
     EXPECT_EQ(area.slotCount, 0);

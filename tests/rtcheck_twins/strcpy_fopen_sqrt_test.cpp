@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstring>
 
-#include "rtcheck/twin_support.h"
+#include "rtcheck_twins/twin_support.h"
 #include "rtcheck_twins/twin_fixture.h"
 
 namespace {

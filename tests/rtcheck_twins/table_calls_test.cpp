@@ -20,7 +20,7 @@
 #include <tollan/rs232.h>
 #include <tollan/utility.h>
 
-#include "rtcheck/twin_support.h"
+#include "rtcheck_twins/twin_support.h"
 #include "rtcheck_twins/twin_fixture.h"
 
 namespace {

@@ -20,8 +20,8 @@
 #include <tollan/utility.h>
 
 #include "rtcheck/libchk_checks.h"
-#include "rtcheck/twin_status.h"
-#include "rtcheck/twin_support.h"
+#include "rtcheck_twins/twin_status.h"
+#include "rtcheck_twins/twin_support.h"
 
 using namespace tollan::rtcheck;
 

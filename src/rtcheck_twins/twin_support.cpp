@@ -1,4 +1,4 @@
-#include "rtcheck/twin_support.h"
+#include "rtcheck_twins/twin_support.h"
 
 #include <cerrno>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-#include "rtcheck/twin_status.h"
+#include "rtcheck_twins/twin_status.h"
 
 #include <cstring>
 

@@ -20,12 +20,19 @@ deps-fuzz:
 build/%/build.ninja:
 	$(CMAKE) --preset $*
 
-# The instrument demo talks to a simulated instrument on a pseudo-terminal;
+CHECKED_FAULTS := off-by-one port strcpy use-after-free
+
+# The instrument demo talks to a simulated instrument on a pseudo-terminal,
+# then a checked program shows its faults reported and stopped at;
 # DEVICE=/dev/ttyUSB0 (say) has it talk to a real one instead.
 demo: deps-check
 	$(CMAKE) --preset linux >/dev/null
-	$(CMAKE) --build --preset linux -j $(JOBS) --target demo
+	$(CMAKE) --build --preset linux -j $(JOBS) --target demo checked tollan-monitor
 	build/linux/bin/demo $(if $(DEVICE),--device '$(DEVICE)')
+	@echo; echo "A checked program's faults, each reported in an error file with its place:"
+	@for fault in $(CHECKED_FAULTS); do build/linux/bin/checked --error-file - $$fault 2>/dev/null || true; done
+	@echo; echo "The same faults under tollan-monitor, each stopping the program at its line:"
+	@for fault in $(CHECKED_FAULTS); do build/linux/bin/tollan-monitor run -- build/linux/bin/checked $$fault; done
 
 check: deps-check check-linux check-windows check-fuzz
 

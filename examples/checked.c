@@ -2,8 +2,9 @@
  * A program with four real faults, and the calls that a compiler with
  * run-time checking inserts around them, written out by hand:
  *
- *   off-by-one      a loop that indexes one element past an array (non-fatal)
- *   port            ComRd on a port that was never opened (a library error)
+ *   off-by-one      a loop that reads one element past an array (fatal)
+ *   port            ComRd on a port that was never opened (a library error,
+ *                   non-fatal)
  *   strcpy          strcpy into a buffer too short for the text (fatal)
  *   use-after-free  a read through a pointer to freed memory (fatal)
  *
@@ -26,24 +27,24 @@
 /* The compiler keeps the thread's checking state at hand in every function
  * and tells it the function's file and each statement's position. */
 static ZORThreadEnv *env;
-#define STATEMENT(column) __DBG_SetCurrentThreadEnvPosition(env, NULL, __LINE__, (column))
+static int32_t line;
+#define STATEMENT(column) (line = __LINE__, __DBG_SetCurrentThreadEnvPosition(env, NULL, line, (column)))
 
 static Tynode intArray4; /* int[4] */
 
 static void offByOne(void)
 {
-    int samples[4];
-    int guard = 0; /* the stray element of this demonstration lands nowhere */
+    int samples[4] = {3, 1, 4, 1};
     BlkInfo samplesBlock;
-    PtrInfo samplesShadow; /* an int array's shadow holds no pointers */
+    PtrInfo samplesShadow; /* an int array holds no pointers: only its address matters */
     int sum = 0;
-    (void)guard;
     _InitBlkInfo(env, &intArray4, samples, &samplesBlock);
     for (int i = 0; i <= 4; ++i) { /* the fault: <= instead of < */
-        STATEMENT(9);
-        _PtrChkArith(&intArray4, samples, (int64_t)i * (int64_t)sizeof(int), &samplesShadow, &samplesBlock,
-                     __LINE__, 9);
-        if (i < 4) sum += samples[i] = i;
+        STATEMENT(16);             /* sum += samples[i]; */
+        const int64_t offset = (int64_t)i * (int64_t)sizeof(int);
+        PtrInfo *element = _PtrChkArith(&intArray4, samples, offset, &samplesShadow, &samplesBlock, line, 16);
+        _PtrChkDeref(inttype, (const char *)samples + offset, element, &samplesBlock, line, 16);
+        if (i < 4) sum += samples[i]; /* the demonstration itself stays inside */
     }
     tollan_printf("off-by-one: the sum of the samples is %d\n", sum);
 }
@@ -53,7 +54,7 @@ static void neverOpenedPort(void)
     char reply[16];
     BlkInfo replyBlock = {(uintptr_t)reply, sizeof reply};
     PtrInfo replyShadow = {0, 0, 0};
-    STATEMENT(5);
+    STATEMENT(5); /* got = ComRd(7, reply, sizeof reply); */
     _PtrPreCall(env, (const void *)_UP_ComRd);
     _PassParamInfo(env, 1, charptype, &replyShadow, &replyBlock);
     const int32_t got = _UP_ComRd(7, reply, sizeof reply);
@@ -69,7 +70,7 @@ static void strcpyIntoAShortBuffer(void)
     BlkInfo textBlock = {(uintptr_t)text, strlen(text) + 1};
     PtrInfo nameShadow = {0, 0, 0};
     PtrInfo textShadow = {0, 0, 0};
-    STATEMENT(5);
+    STATEMENT(5); /* strcpy(name, text); */
     _PtrPreCall(env, (const void *)_UP_strcpy);
     _PassParamInfo(env, 0, charptype, &nameShadow, &nameBlock);
     _PassParamInfo(env, 1, charptype, &textShadow, &textBlock);
@@ -82,14 +83,15 @@ static void useAfterFree(void)
 {
     int *reading = malloc(sizeof *reading);
     if (reading == NULL) return;
+    *reading = 42;
     BlkInfo readingBlock;
     PtrInfo readingShadow; /* an int holds no pointers: only its address matters */
     _InitBlkInfo(env, inttype, reading, &readingBlock);
-    *reading = 42;
+    volatile uintptr_t address = (uintptr_t)reading; /* the stale pointer the program keeps */
     free(reading);
     readingBlock.size = 0; /* what the checked free does: the block is gone */
-    STATEMENT(12);
-    _PtrChkDeref(inttype, reading, &readingShadow, &readingBlock, __LINE__, 12);
+    STATEMENT(12);         /* copy = *reading; */
+    _PtrChkDeref(inttype, (const void *)address, &readingShadow, &readingBlock, line, 12);
     tollan_printf("use-after-free: not reached with an error file\n");
 }
 
@@ -115,7 +117,8 @@ int main(int argc, char **argv)
         first = 3;
     }
     if (first >= argc) {
-        tollan_fprintf(tollan_stderr, "usage: checked [--error-file PATH] off-by-one|port|strcpy|use-after-free...\n");
+        tollan_fprintf(tollan_stderr,
+                       "usage: checked [--error-file PATH] off-by-one|port|strcpy|use-after-free...\n");
         return 2;
     }
 

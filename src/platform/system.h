@@ -20,6 +20,11 @@ uint32_t registerWindowMessage(const char *name) noexcept;
 void systemErrorText(int code, char *buffer, size_t size) noexcept;
 // MessageBeep(0); the terminal bell elsewhere.
 int beep() noexcept;
+// Sets, changes or (with "NAME=") removes a variable of the process's
+// environment from a "NAME=value" setting, copying it (_putenv; setenv and
+// unsetenv elsewhere). False for a setting without a name or '=', or
+// without memory; errno says why.
+bool putEnvironmentSetting(const char *setting) noexcept;
 // ExitProcess.
 [[noreturn]] void exitProcess(int code) noexcept;
 // Has `handler` run in the child process after every fork() (there is no

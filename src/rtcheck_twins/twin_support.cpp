@@ -6,7 +6,9 @@
 
 #include <tollan/fmtio.h>
 #include <tollan/rs232.h>
+#include <tollan/rtcheck.h>
 
+#include "platform/system.h"
 #include "services/text_format.h"
 
 namespace tollan::rtcheck {
@@ -93,9 +95,63 @@ int32_t profilingUnavailableFor(int32_t) noexcept
     return -1;
 }
 
-int putenvUnavailable(const char *) noexcept
+int putEnvironment(const char *setting) noexcept
 {
-    return -1;
+    return platform::putEnvironmentSetting(setting) ? 0 : -1;
+}
+
+namespace {
+
+using Comparison = int (*)(const void *, const void *);
+
+// The comparator of the sort or search under way on this thread; a sort
+// inside a comparator keeps the outer one's for after it.
+thread_local Comparison userComparison = nullptr;
+
+int compareInUserCode(const void *a, const void *b)
+{
+    ZORSavedCheckingEnv saved;
+    _UPSaveCurrentEnv(&saved);
+    const int order = userComparison(a, b);
+    _UPRestoreCurrentEnv(&saved);
+    return order;
+}
+
+class ComparisonInUserCode {
+public:
+    explicit ComparisonInUserCode(Comparison compare) noexcept : outer_(userComparison)
+    {
+        userComparison = compare;
+    }
+    ~ComparisonInUserCode() { userComparison = outer_; }
+    ComparisonInUserCode(const ComparisonInUserCode &) = delete;
+    ComparisonInUserCode &operator=(const ComparisonInUserCode &) = delete;
+
+private:
+    Comparison outer_;
+};
+
+}  // namespace
+
+void sortCallingBack(void *base, size_t count, size_t size, Comparison compare) noexcept
+{
+    // Without checking, a save per comparison would cost two copies of the
+    // environment for nothing.
+    if (compare == nullptr || _UPLibIsProtectionAvailable() == 0) {
+        std::qsort(base, count, size, compare);
+        return;
+    }
+    const ComparisonInUserCode inUserCode(compare);
+    std::qsort(base, count, size, compareInUserCode);
+}
+
+void *searchCallingBack(const void *key, const void *base, size_t count, size_t size,
+                        Comparison compare) noexcept
+{
+    if (compare == nullptr || _UPLibIsProtectionAvailable() == 0)
+        return std::bsearch(key, base, count, size, compare);
+    const ComparisonInUserCode inUserCode(compare);
+    return std::bsearch(key, base, count, size, compareInUserCode);
 }
 
 const char *fmtioErrorText() noexcept

@@ -59,12 +59,22 @@ uint64_t textToUint64Base(const char *text, char **end, int base) noexcept;
 // The plain functions the library does not have: they fail with -1.
 int32_t profilingUnavailable() noexcept;
 int32_t profilingUnavailableFor(int32_t on) noexcept;
-int putenvUnavailable(const char *setting) noexcept;
+
+// _putenv: sets, changes or (with "NAME=") removes an environment variable
+// from a copy of the setting; 0, or -1 with errno set.
+int putEnvironment(const char *setting) noexcept;
+
+// qsort and bsearch whose comparator, user code with checked calls of its
+// own, runs between a save and a restore of the thread's checking
+// environment while checking is on.
+void sortCallingBack(void *base, size_t count, size_t size,
+                     int (*compare)(const void *, const void *)) noexcept;
+void *searchCallingBack(const void *key, const void *base, size_t count, size_t size,
+                        int (*compare)(const void *, const void *)) noexcept;
 
 // ---- elaborations of failures ----
 
 inline constexpr const char *kNoProfilingText = "The library has no profiler.";
-inline constexpr const char *kNoEnvironmentText = "The library keeps no environment that it could change.";
 inline constexpr const char *kNoCalendarTimeText = "The calendar time cannot be represented.";
 
 // The texts of the calling thread's I/O error, of an RS-232 code, of the

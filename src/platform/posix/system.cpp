@@ -49,6 +49,25 @@ size_t mainProgramFileName(char *buffer, size_t size) noexcept
     return static_cast<size_t>(length);
 }
 
+bool putEnvironmentSetting(const char *setting) noexcept
+{
+    const char *equals = std::strchr(setting, '=');
+    if (equals == nullptr || equals == setting) {
+        errno = EINVAL;
+        return false;
+    }
+    std::string name;
+    try {
+        name.assign(setting, equals);
+    } catch (...) {
+        errno = ENOMEM;
+        return false;
+    }
+    // As on Windows, an empty value removes the variable.
+    const int result = equals[1] == '\0' ? ::unsetenv(name.c_str()) : ::setenv(name.c_str(), equals + 1, 1);
+    return result == 0;
+}
+
 int startupShowWindowCode() noexcept
 {
     return 10;

@@ -3,10 +3,23 @@
 
 #include <windows.h>
 
+#include <cerrno>
+#include <cstdlib>
+
 #include <cstdio>
 #include <cstring>
 
 namespace tollan::platform {
+
+bool putEnvironmentSetting(const char *setting) noexcept
+{
+    const char *equals = std::strchr(setting, '=');
+    if (equals == nullptr || equals == setting) {
+        errno = EINVAL;
+        return false;
+    }
+    return _putenv(setting) == 0;
+}
 
 bool osVersion(uint32_t *major, uint32_t *minor) noexcept
 {

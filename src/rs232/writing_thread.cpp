@@ -215,10 +215,7 @@ bool FlushAndAbortTransfer(ComPort &port, bool receiveToo) noexcept
         std::swap(writer.queue, writer.spare);
         writer.chunkInQueue = false;
     }
-    // Only a write in progress needs aborting: with none, a flush costs no
-    // wake-up of writes that are not there.
-    uint32_t flags = writer.writing ? platform::kPurgeTransmitAbort | platform::kPurgeTransmitClear
-                                    : platform::kPurgeTransmitClear;
+    uint32_t flags = platform::kPurgeTransmitAbort | platform::kPurgeTransmitClear;
     if (receiveToo) flags |= platform::kPurgeReceiveAbort | platform::kPurgeReceiveClear;
     const bool purged = port.device != nullptr && port.device->purge(flags);
     if (!purged) logFailure(ZOR_RS232_SYSTEM_ERROR, "FlushAndAbortTransfer");

@@ -255,6 +255,7 @@ public:
     bool write(const void *buffer, uint32_t count, uint32_t *written) noexcept override
     {
         *written = 0;
+        const WriteUnderWay underWay(writesUnderWay_);
         const uint64_t generation = abortGeneration_.load();
         const uint32_t timeoutMs = writeTimeoutMs_.load();
         const timespec deadline = posix::monotonicDeadline(timeoutMs);
@@ -302,7 +303,10 @@ public:
     void interrupt() noexcept override
     {
         abortGeneration_.fetch_add(1);
-        if (abortPipe_[1] >= 0) {
+        // Only a write under way waits on the pipe; a write that begins
+        // later sees the new generation, so an abort with none under way
+        // (every flush of an idle queue) costs no wake-up.
+        if (writesUnderWay_.load() != 0 && abortPipe_[1] >= 0) {
             const char wake = 1;
             (void)!::write(abortPipe_[1], &wake, 1);
         }
@@ -454,6 +458,18 @@ private:
     int abortPipe_[2] = {-1, -1};
     bool pseudoTerminal_;
     std::atomic<uint64_t> abortGeneration_{0};
+    // Counts the writes under way, first thing in each, before it reads the
+    // generation: an abort that finds none cannot miss one.
+    std::atomic<uint32_t> writesUnderWay_{0};
+    struct WriteUnderWay {
+        explicit WriteUnderWay(std::atomic<uint32_t> &count) noexcept : count_(count) { count_.fetch_add(1); }
+        ~WriteUnderWay() { count_.fetch_sub(1); }
+        WriteUnderWay(const WriteUnderWay &) = delete;
+        WriteUnderWay &operator=(const WriteUnderWay &) = delete;
+
+    private:
+        std::atomic<uint32_t> &count_;
+    };
     // The line was hung up (the device went away): empty reads are failures.
     std::atomic<bool> hungUp_{false};
     std::atomic<uint32_t> writeTimeoutMs_{0};

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "rtcheck/type_walk.h"
+
 namespace tollan::rtcheck {
 namespace {
 
@@ -58,22 +60,6 @@ Kind kindOfOp(int32_t op) noexcept
     }
 }
 
-bool isLayerLookedThrough(int32_t op) noexcept
-{
-    switch (op) {
-        case LCC_CONST:
-        case LCC_VOLATILE:
-        case LCC_RESTRICT:
-        case LCC_PASCAL:
-        case LCC_STDCALL:
-        case LCC_CDECL:
-        case LCC_FASTCALL:
-            return true;
-        default:
-            return false;
-    }
-}
-
 // Arrays count as pointers: an array argument arrives as its address.
 Shape shapeOf(const TypeView &view) noexcept
 {
@@ -83,7 +69,7 @@ Shape shapeOf(const TypeView &view) noexcept
     for (int depth = 0; node != nullptr && depth < TY_MAX_DEPTH; ++depth) {
         if (node->op == LCC_POINTER || node->op == LCC_ARRAY) {
             ++shape.pointerLayers;
-        } else if (!isLayerLookedThrough(node->op)) {
+        } else if (!isQualifierLayer(node->op)) {
             shape.kind = kindOfOp(node->op);
             shape.size = node->size;
             return shape;

@@ -9,23 +9,13 @@
 #include "fixtures/probes.h"
 #include "fixtures/scratch_folder.h"
 
-#ifndef _WIN32
-#include <sys/wait.h>
-#endif
-
 namespace {
 
 constexpr int kWentOn = 7;
 
 int runProbe(const std::string &arguments)
 {
-    const int status = std::system((probePath("pointer_probe") + " " + arguments).c_str());
-#ifdef _WIN32
-    return status;
-#else
-    if (!WIFEXITED(status)) return -1000;
-    return static_cast<signed char>(WEXITSTATUS(status));
-#endif
+    return probeExitStatus("pointer_probe", arguments);
 }
 
 TEST(PointerProbe, AFailedDereferenceEndsTheProgramWithItsLine)

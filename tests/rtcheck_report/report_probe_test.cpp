@@ -10,10 +10,6 @@
 #include "fixtures/probes.h"
 #include "fixtures/scratch_folder.h"
 
-#ifndef _WIN32
-#include <sys/wait.h>
-#endif
-
 namespace {
 
 using tollan::testing::ScratchFolder;
@@ -25,11 +21,9 @@ constexpr int kWentOn = 7;
 int runProbe(const std::string &arguments)
 {
 #ifdef _WIN32
-    return std::system((probePath("report_probe") + " " + arguments).c_str());
+    return probeExitStatus("report_probe", arguments);
 #else
-    const int status = std::system(("setsid -w " + probePath("report_probe") + " " + arguments).c_str());
-    if (!WIFEXITED(status)) return -1000;
-    return static_cast<signed char>(WEXITSTATUS(status));
+    return probeExitStatus("report_probe", arguments, "setsid -w ");
 #endif
 }
 

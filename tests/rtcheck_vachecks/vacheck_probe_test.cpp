@@ -8,21 +8,11 @@
 #include "fixtures/probes.h"
 #include "fixtures/scratch_folder.h"
 
-#ifndef _WIN32
-#include <sys/wait.h>
-#endif
-
 namespace {
 
 int runProbe(const std::string &arguments)
 {
-    const int status = std::system((probePath("vacheck_probe") + " " + arguments).c_str());
-#ifdef _WIN32
-    return status;
-#else
-    if (!WIFEXITED(status)) return -1000;
-    return static_cast<signed char>(WEXITSTATUS(status));
-#endif
+    return probeExitStatus("vacheck_probe", arguments);
 }
 
 TEST(VacheckProbe, FatalReportsNameTheArgumentAndEndTheProcess)

@@ -62,6 +62,11 @@ enum class SeekOrigin { begin = 0, current = 1, end = 2 };
 // Opens path for the access and disposition of request, shared for reading
 // and writing with other openers. Directories cannot be opened.
 FileError openFile(const char *path, const FileOpenRequest &request, NativeFile *file) noexcept;
+// The system's own text for why the calling thread's last openFile failed,
+// where the system has one beside the error it maps to (Windows: the text of
+// CreateFileA's error code). False where it has none (POSIX, whose errno is
+// the system's own word) and when the thread's last openFile succeeded.
+bool lastOpenFailureText(char *buffer, size_t size) noexcept;
 
 // Reads at most count bytes (one system read, like ReadFile); *bytesRead 0
 // means end of file. A pipe whose writer has gone reads as end of file.

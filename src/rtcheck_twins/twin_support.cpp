@@ -8,6 +8,7 @@
 #include <tollan/rs232.h>
 #include <tollan/rtcheck.h>
 
+#include "platform/file.h"
 #include "platform/system.h"
 #include "services/text_format.h"
 
@@ -184,9 +185,9 @@ const char *openFailureText(const char *systemText, const char *errnoText) noexc
 
 const char *openFailureText() noexcept
 {
-    // The streams keep the system's reason for a failed open only as their
-    // errno, so there is no text of the system's own to put before it.
-    return openFailureText(nullptr, streamErrnoText());
+    char systemText[256];
+    const bool hasOwn = platform::lastOpenFailureText(systemText, sizeof systemText);
+    return openFailureText(hasOwn ? systemText : nullptr, streamErrnoText());
 }
 
 }  // namespace tollan::rtcheck

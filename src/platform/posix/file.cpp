@@ -67,6 +67,11 @@ void applyHints(int fd, const FileOpenRequest &request) noexcept
 
 }  // namespace
 
+bool lastOpenFailureText(char *, size_t) noexcept
+{
+    return false;
+}
+
 FileError openFile(const char *path, const FileOpenRequest &request, NativeFile *file) noexcept
 {
     int fd;

@@ -1,5 +1,6 @@
 // Files on Windows: CreateFileA and friends, errors through the one table.
 #include "platform/file.h"
+#include "platform/system.h"
 
 #include <windows.h>
 
@@ -23,6 +24,9 @@ FileError lastError() noexcept
 constexpr DWORD kKeptAttributes = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
                                   FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_TEMPORARY | FILE_ATTRIBUTE_OFFLINE |
                                   FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
+
+// The error of the calling thread's last CreateFileA in openFile.
+thread_local DWORD lastOpenFailure = ERROR_SUCCESS;
 
 }  // namespace
 
@@ -57,9 +61,17 @@ FileError openFile(const char *path, const FileOpenRequest &request, NativeFile 
     constexpr DWORD kSharing[] = {FILE_SHARE_READ | FILE_SHARE_WRITE, FILE_SHARE_WRITE, FILE_SHARE_READ, 0};
     const HANDLE handle = CreateFileA(path, access, kSharing[static_cast<int>(request.sharing)], nullptr,
                                       disposition, attributes, nullptr);
+    lastOpenFailure = handle == INVALID_HANDLE_VALUE ? GetLastError() : ERROR_SUCCESS;
     if (handle == INVALID_HANDLE_VALUE) return lastError();
     *file = reinterpret_cast<NativeFile>(handle);
     return FileError::none;
+}
+
+bool lastOpenFailureText(char *buffer, size_t size) noexcept
+{
+    if (lastOpenFailure == ERROR_SUCCESS || size == 0) return false;
+    systemErrorText(static_cast<int>(lastOpenFailure), buffer, size);
+    return buffer[0] != '\0';
 }
 
 FileError readFile(NativeFile file, void *buffer, uint32_t count, uint32_t *bytesRead) noexcept

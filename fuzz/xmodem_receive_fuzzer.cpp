@@ -600,10 +600,13 @@ ssize_t fuzzWrite(int fd, const void *buffer, size_t count)
     return written;
 }
 
-// The receiver waits for a byte with nothing left to read.
+// The receiver waits for a byte. A wait that begins while bytes are still
+// waiting ends at once, as it would on a line; only a wait with nothing left
+// to read is the peer's turn.
 int receiverWaits(pollfd *fds, nfds_t count, int timeoutMs)
 {
     drainSender();
+    if (waiting() > 0) return realCalls->poll(fds, count, timeoutMs);
     if (++line.waits > kMaxWaits) fail("the receiver waited %ld times for one input", line.waits);
     if (line.realQuiet && line.answers == line.answersAtQuiet && timeoutMs <= kShortWaitMs) {
         line.realQuietMs += timeoutMs;

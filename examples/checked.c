@@ -100,11 +100,12 @@ int main(int argc, char **argv)
     static const struct {
         const char *name;
         void (*run)(void);
+        const char *function;
     } faults[] = {
-        {"off-by-one", offByOne},
-        {"port", neverOpenedPort},
-        {"strcpy", strcpyIntoAShortBuffer},
-        {"use-after-free", useAfterFree},
+        {"off-by-one", offByOne, "offByOne"},
+        {"port", neverOpenedPort, "neverOpenedPort"},
+        {"strcpy", strcpyIntoAShortBuffer, "strcpyIntoAShortBuffer"},
+        {"use-after-free", useAfterFree, "useAfterFree"},
     };
     int first = 1;
     if (argc > 2 && strcmp(argv[1], "--error-file") == 0) {
@@ -127,7 +128,8 @@ int main(int argc, char **argv)
     SetBreakOnProtectionErrors(1);
     SetBreakOnLibraryErrors(1);
     env = __DBG_GetCurrentThreadEnv();
-    ZORFunctionFrame frame;
+    /* Each checked function tells the thread that it has begun and ended. */
+    ZORFunctionFrame frame = {.functionName = "main"};
     __DBG_EnterFunctionInCurrentThreadEnv(env, &frame, __FILE__);
     const Tynode arrayTemplate = {.op = LCC_ARRAY, .align = sizeof(int)};
     _InitTynode(&intArray4, &arrayTemplate, 4 * sizeof(int), inttype);
@@ -139,7 +141,11 @@ int main(int argc, char **argv)
             tollan_fprintf(tollan_stderr, "checked: no fault called %s\n", argv[i]);
             return 2;
         }
+        STATEMENT(9); /* faults[f].run(); */
+        ZORFunctionFrame faultFrame = {.functionName = faults[f].function};
+        __DBG_EnterFunctionInCurrentThreadEnv(env, &faultFrame, __FILE__);
         faults[f].run();
+        __DBG_LeaveFunctionInCurrentThreadEnv(env, &faultFrame);
     }
     __DBG_LeaveFunctionInCurrentThreadEnv(env, &frame);
     return 0;

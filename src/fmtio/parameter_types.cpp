@@ -15,8 +15,7 @@
 namespace tollan::fmtio {
 namespace {
 
-// Compiler type numbers 1 to 16, without the indirection bits.
-constexpr int32_t kVoidTypeNumber = 13;
+// The code of each compiler type number.
 constexpr int32_t kCodeOfTypeNumber[] = {
     kParmAggregate,      // 0: not a type number
     kParmChar,           // 1
@@ -37,6 +36,7 @@ constexpr int32_t kCodeOfTypeNumber[] = {
     kParmLongLong,       // 16
 };
 constexpr int32_t kTypeNumberCount = static_cast<int32_t>(std::size(kCodeOfTypeNumber));
+static_assert(kTypeNumberCount == rtcheck::kTypeUnsignedInt64 + 1, "one code per type number");
 
 bool isSizeClass(int64_t sizeInfo) noexcept
 {
@@ -47,14 +47,13 @@ bool isSizeClass(int64_t sizeInfo) noexcept
 
 ParmTypeInfo ConvertTypeSizeInfoToParmTypeInfo(const rtcheck::TypeSizeInfo &tsi) noexcept
 {
-    constexpr int32_t kIndirection = rtcheck::kTypeIndirect1 | rtcheck::kTypeIndirect2;
     ParmTypeInfo info{};
-    const int32_t typeNumber = tsi.type & ~kIndirection;
-    info.isPointer = (tsi.type & kIndirection) != 0 ? 1 : 0;
+    const int32_t typeNumber = rtcheck::typeNumberOf(tsi.type);
+    info.isPointer = (tsi.type & rtcheck::kTypeIndirection) != 0 ? 1 : 0;
     info.code =
         typeNumber >= 0 && typeNumber < kTypeNumberCount ? kCodeOfTypeNumber[typeNumber] : kParmAggregate;
-    if (typeNumber == kVoidTypeNumber) {
-        if ((tsi.type & kIndirection) == 0)
+    if (typeNumber == rtcheck::kTypeVoid) {
+        if ((tsi.type & rtcheck::kTypeIndirection) == 0)
             TOLLAN_ASSERT_FAILED("tsi.type & (TYPE_INDIRECT1 | TYPE_INDIRECT2)", kLogModule,
                                  "ConvertTypeSizeInfoToParmTypeInfo");
         if ((tsi.type & rtcheck::kTypeIndirect1) != 0) info.code = kParmVoid;

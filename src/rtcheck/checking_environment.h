@@ -30,6 +30,33 @@ struct TypeSizeInfo {
 };
 inline constexpr int32_t kTypeIndirect1 = 0x100;
 inline constexpr int32_t kTypeIndirect2 = 0x200;
+inline constexpr int32_t kTypeIndirection = kTypeIndirect1 | kTypeIndirect2;
+
+// The compiler's type numbers (TypeSizeInfo::type without the indirection
+// bits). Numbers outside 1..16 are described as aggregates.
+enum CompilerTypeNumber : int32_t {
+    kTypeChar = 1,
+    kTypeSignedChar = 2,
+    kTypeUnsignedChar = 3,
+    kTypeShort = 4,
+    kTypeUnsignedShort = 5,
+    kTypeInt = 6,
+    kTypeUnsignedInt = 7,
+    kTypeLong = 8,
+    kTypeUnsignedLong = 9,
+    kTypeFloat = 10,
+    kTypeDouble = 11,
+    kTypeLongDouble = 12,
+    kTypeVoid = 13,
+    kTypeAggregate = 14,  // a struct, union or any type without a number of its own
+    kTypeInt64 = 15,
+    kTypeUnsignedInt64 = 16,
+};
+
+constexpr int32_t typeNumberOf(int32_t type) noexcept
+{
+    return type & ~kTypeIndirection;
+}
 
 // The most variadic parameters whose types a call records; the later ones
 // of a longer call are not checked.

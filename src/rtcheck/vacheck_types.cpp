@@ -28,6 +28,7 @@ Tynode *const *const kNodeOfTypeNumber[] = {
     &inttype,    &unsignedtype, &longtype,   &unsignedlong, &floattype,     &doubletype,
     &longdouble, &voidtype,     nullptr,     &int64type,    &unsignedint64,
 };
+static_assert(std::size(kNodeOfTypeNumber) == kTypeUnsignedInt64 + 1, "one node per type number");
 
 // The name the formatting library's messages give a parameter of no basic
 // type; only printed, never classified by its op.
@@ -109,7 +110,7 @@ const Tynode *aggregateNode() noexcept
 
 TypeView recordedType(const TypeSizeInfo &recorded) noexcept
 {
-    const int32_t number = recorded.type & ~(kTypeIndirect1 | kTypeIndirect2);
+    const int32_t number = typeNumberOf(recorded.type);
     const int32_t layers =
         ((recorded.type & kTypeIndirect1) != 0 ? 1 : 0) + ((recorded.type & kTypeIndirect2) != 0 ? 2 : 0);
     const bool known = number > 0 && number < static_cast<int32_t>(std::size(kNodeOfTypeNumber)) &&

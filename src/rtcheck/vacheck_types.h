@@ -12,27 +12,6 @@
 
 namespace tollan::rtcheck {
 
-// The compiler's type numbers (TypeSizeInfo::type without the indirection
-// bits). Numbers outside 1..16 are described as aggregates.
-enum CompilerTypeNumber : int32_t {
-    kTypeChar = 1,
-    kTypeSignedChar = 2,
-    kTypeUnsignedChar = 3,
-    kTypeShort = 4,
-    kTypeUnsignedShort = 5,
-    kTypeInt = 6,
-    kTypeUnsignedInt = 7,
-    kTypeLong = 8,
-    kTypeUnsignedLong = 9,
-    kTypeFloat = 10,
-    kTypeDouble = 11,
-    kTypeLongDouble = 12,
-    kTypeVoid = 13,
-    kTypeAggregate = 14,  // a struct, union or any type without a number of its own
-    kTypeInt64 = 15,
-    kTypeUnsignedInt64 = 16,
-};
-
 // A type as `pointerLayers` levels of pointer over `node`. node is null only
 // before the library has built its basic types; such a view matches
 // everything and is never printed.

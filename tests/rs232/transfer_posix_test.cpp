@@ -217,6 +217,29 @@ TEST_F(Line, AFullQueueThatDoesNotDrainTimesOut)
     EXPECT_EQ(pty_.drain(), "");
 }
 
+// Without a writing thread the caller's own write waits on the full line.
+// It ends at the port's time-out with what the line took; the next write
+// waits for the line again instead of finding it refused, and every byte
+// arrives once.
+TEST_F(Line, ASynchronousWriteToAFullLineEndsAtItsTimeOut)
+{
+    ASSERT_EQ(open(8, -1), 0);
+    ASSERT_EQ(SetComTime(kPort, 0.3), 0);
+    const std::string bytes = randomBytes(1 << 20, 5);
+    const Stopwatch watch;
+    const int32_t taken = ComWrt(kPort, bytes.data(), bytes.size());
+    EXPECT_EQ(rs232err, ZOR_RS232_TIMEOUT);
+    EXPECT_LT(watch.elapsedMs(), 5000);
+    ASSERT_GT(taken, 0);
+    ASSERT_LT(taken, static_cast<int32_t>(bytes.size()));
+    std::string received;
+    std::thread instrument([&] { received = pty_.receive(bytes.size()); });
+    const auto rest = static_cast<int32_t>(bytes.size()) - taken;
+    EXPECT_EQ(ComWrt(kPort, bytes.data() + taken, static_cast<size_t>(rest)), rest);
+    instrument.join();
+    EXPECT_TRUE(received == bytes);
+}
+
 TEST_F(Line, FlushesDropWhatWaitsInEitherDirection)
 {
     ASSERT_EQ(SetComTime(kPort, 0.3), 0);

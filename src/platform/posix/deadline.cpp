@@ -6,6 +6,13 @@ namespace {
 constexpr long kNanosPerSecond = 1000000000L;
 }
 
+int64_t monotonicNowNs() noexcept
+{
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<int64_t>(now.tv_sec) * kNanosPerSecond + now.tv_nsec;
+}
+
 timespec monotonicDeadline(uint32_t timeoutMs) noexcept
 {
     timespec now{};

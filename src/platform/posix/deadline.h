@@ -6,6 +6,9 @@
 
 namespace tollan::platform::posix {
 
+// Monotonic nanoseconds now.
+int64_t monotonicNowNs() noexcept;
+
 // The monotonic time timeoutMs milliseconds from now.
 timespec monotonicDeadline(uint32_t timeoutMs) noexcept;
 

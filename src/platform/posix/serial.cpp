@@ -1,7 +1,8 @@
-// Serial devices on termios. The device is opened non-blocking and
-// exclusively (TIOCEXCL, and an flock that also holds against root), reads
-// take what has arrived, waits block in poll(), and every system call goes
-// through the replaceable table. Failures leave a Windows error code as the
+// Serial devices on termios. The device is opened exclusively (TIOCEXCL,
+// and an flock that also holds against root), reads take what has arrived,
+// waits for bytes block in poll(), writes block in write() until the
+// deadline watcher or an abort ends them, and every system call goes through
+// the replaceable table. Failures leave a Windows error code as the
 // thread's last serial error, with the errno behind it for the error's text.
 #include "platform/serial.h"
 
@@ -17,13 +18,16 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <mutex>
 #include <string>
 
 #include <linux/serial.h>
 
+#include "platform/lock.h"
 #include "platform/posix/deadline.h"
 #include "platform/posix/serial_speed.h"
 #include "platform/posix/system_calls.h"
+#include "platform/posix/write_deadlines.h"
 #include "platform/settings_store.h"
 
 namespace tollan::platform {
@@ -107,9 +111,18 @@ bool isPseudoTerminal(int fd) noexcept
     return kind >= 136 && kind <= 143;
 }
 
-class PosixSerialPort final : public SerialPort {
+// The port has two descriptors of the device: a non-blocking one for reads,
+// requests and writes that must not wait, and a blocking one for writes. A
+// blocked write is ended by making its descriptor non-blocking and waking
+// it: setting the terminal's attributes (unchanged) wakes its writers, and
+// a woken write that finds its descriptor non-blocking returns what it has
+// written.
+class PosixSerialPort final : public SerialPort, public posix::WriteDeadline {
 public:
-    explicit PosixSerialPort(int fd) noexcept : fd_(fd), pseudoTerminal_(isPseudoTerminal(fd)) {}
+    PosixSerialPort(int fd, int writeFd) noexcept
+        : fd_(fd), writeFd_(writeFd), pseudoTerminal_(isPseudoTerminal(fd))
+    {
+    }
     ~PosixSerialPort() override { close(); }
 
     bool apply(SerialSettings *settings, uint32_t inQueue, uint32_t outQueue) noexcept override
@@ -157,9 +170,13 @@ public:
             cfsetispeed(&mode, *speed);
             cfsetospeed(&mode, *speed);
         }
-        if (sys().tcsetattr(fd_, TCSANOW, &mode) != 0 && !framingForcedByDriver(mode)) return failTransfer();
-        if (speed == nullptr && !posix::setAnySpeed(fd_, settings->baudRate))
-            return fail(kSerialInvalidParameter);
+        {
+            const std::lock_guard<RecursiveLock> hold(attributesLock_);
+            if (sys().tcsetattr(fd_, TCSANOW, &mode) != 0 && !framingForcedByDriver(mode))
+                return failTransfer();
+            if (speed == nullptr && !posix::setAnySpeed(fd_, settings->baudRate))
+                return fail(kSerialInvalidParameter);
+        }
         // DTR and RTS held on; a driver without modem lines (a pseudo-
         // terminal) has nothing to hold.
         int lines = TIOCM_DTR | TIOCM_RTS;
@@ -258,29 +275,30 @@ public:
         const WriteUnderWay underWay(writesUnderWay_);
         const uint64_t generation = abortGeneration_.load();
         const uint32_t timeoutMs = writeTimeoutMs_.load();
-        const timespec deadline = posix::monotonicDeadline(timeoutMs);
+        if (timeoutMs != 0 && !posix::armWriteDeadline(this, timeoutMs)) {
+            errno = ENOMEM;
+            return fail(kSerialNoMemory);
+        }
+        const DisarmAtEnd disarm(dueNs);
         const auto *bytes = static_cast<const char *>(buffer);
+        bool makeBlocking = false;
         while (*written < count) {
+            // An ended write left the descriptor non-blocking; so may an end
+            // that came too late for the write it was meant for.
+            if (endingWrite_.exchange(false) || makeBlocking) {
+                if (sys().fcntl(writeFd_, F_SETFL, 0) != 0) return failTransfer();
+                makeBlocking = false;
+            }
             if (abortGeneration_.load() != generation) return fail(kSerialAborted);
-            const ssize_t n = sys().write(fd_, bytes + *written, count - *written);
+            if (timeoutMs != 0 && dueNs.load() == 0) return true;  // timed out
+            const ssize_t n = sys().write(writeFd_, bytes + *written, count - *written);
             if (n > 0) {
                 *written += static_cast<uint32_t>(n);
-                // A short write means the device is full: wait rather than
-                // ask again at once.
-                if (*written == count) break;
-            } else if (n < 0 && errno == EINTR) {
-                continue;
-            } else if (n < 0 && errno != EAGAIN && errno != EWOULDBLOCK) {
+            } else if (n < 0 && errno != EINTR && errno != EAGAIN && errno != EWOULDBLOCK) {
                 return failTransfer();
+            } else if (n < 0 && errno != EINTR) {
+                makeBlocking = true;
             }
-            // The device takes nothing more now: wait until it does, the
-            // write time-out runs out, or the write is aborted.
-            const int left = timeoutMs == 0 ? -1 : static_cast<int>(posix::remainingMs(deadline));
-            if (left == 0) return true;
-            pollfd waits[2] = {{fd_, POLLOUT, 0}, {abortPipe_[0], POLLIN, 0}};
-            const int ready = sys().poll(waits, abortPipe_[0] >= 0 ? 2 : 1, left);
-            if (ready < 0 && errno != EINTR) return failTransfer();
-            if (ready > 0 && (waits[1].revents & POLLIN) != 0) drainAbortPipe();
         }
         return true;
     }
@@ -303,14 +321,12 @@ public:
     void interrupt() noexcept override
     {
         abortGeneration_.fetch_add(1);
-        // Only a write under way waits on the pipe; a write that begins
-        // later sees the new generation, so an abort with none under way
-        // (every flush of an idle queue) costs no wake-up.
-        if (writesUnderWay_.load() != 0 && abortPipe_[1] >= 0) {
-            const char wake = 1;
-            (void)!::write(abortPipe_[1], &wake, 1);
-        }
+        // A write that begins later sees the new generation, so an abort
+        // with none under way (every flush of an idle queue) ends nothing.
+        if (writesUnderWay_.load() != 0) endBlockedWrite();
     }
+
+    void deadlinePassed() noexcept override { endBlockedWrite(); }
 
     bool purge(uint32_t flags) noexcept override
     {
@@ -415,18 +431,22 @@ public:
     bool close() noexcept override
     {
         if (fd_ < 0) return true;
+        if (watched_) posix::unwatchWriteDeadlines(this);
+        watched_ = false;
         interrupt();
         sys().flock(fd_, LOCK_UN);
+        const bool writeClosed = writeFd_ < 0 || sys().close(writeFd_) == 0 || errno == EINTR;
         const bool closed = sys().close(fd_) == 0 || errno == EINTR;
-        fd_ = -1;
-        for (int &end : abortPipe_) {
-            if (end >= 0) ::close(end);
-            end = -1;
-        }
-        return closed || failTransfer();
+        fd_ = writeFd_ = -1;
+        return (closed && writeClosed) || failTransfer();
     }
 
-    bool makeAbortPipe() noexcept { return pipe2(abortPipe_, O_CLOEXEC | O_NONBLOCK) == 0; }
+    bool watchDeadlines() noexcept
+    {
+        watched_ = posix::watchWriteDeadlines(this);
+        if (!watched_) errno = ENOMEM;
+        return watched_;
+    }
 
 private:
     // A driver that fixes its own character framing (a pseudo-terminal is
@@ -446,17 +466,38 @@ private:
         return same;
     }
 
-    void drainAbortPipe() noexcept
+    // Makes the blocked write return: on the deadline watcher's thread, or
+    // on the thread that aborts it.
+    void endBlockedWrite() noexcept
     {
-        char sink[16];
-        while (::read(abortPipe_[0], sink, sizeof sink) > 0) {
-        }
+        endingWrite_.store(true);
+        if (writeFd_ < 0 || sys().fcntl(writeFd_, F_SETFL, O_NONBLOCK) != 0) return;
+        const std::lock_guard<RecursiveLock> hold(attributesLock_);
+        termios mode{};
+        if (sys().tcgetattr(fd_, &mode) == 0) sys().tcsetattr(fd_, TCSANOW, &mode);
     }
 
+    // Ends a write's deadline, whether it passed or not.
+    struct DisarmAtEnd {
+        explicit DisarmAtEnd(std::atomic<int64_t> &due) noexcept : due_(due) {}
+        ~DisarmAtEnd() { due_.store(0); }
+        DisarmAtEnd(const DisarmAtEnd &) = delete;
+        DisarmAtEnd &operator=(const DisarmAtEnd &) = delete;
+
+    private:
+        std::atomic<int64_t> &due_;
+    };
+
     int fd_;
-    // Wakes a write that waits for the device: purge with transmit abort, close.
-    int abortPipe_[2] = {-1, -1};
+    int writeFd_;
     bool pseudoTerminal_;
+    bool watched_ = false;
+    // Set before a blocked write is ended, so that the next write makes its
+    // descriptor blocking again.
+    std::atomic<bool> endingWrite_{false};
+    // Held while the attributes are set, so that waking a write never puts
+    // back attributes older than the ones just applied.
+    RecursiveLock attributesLock_;
     std::atomic<uint64_t> abortGeneration_{0};
     // Counts the writes under way, first thing in each, before it reads the
     // generation: an abort that finds none cannot miss one.
@@ -527,9 +568,18 @@ std::unique_ptr<SerialPort> SerialPort::open(const char *devicePath) noexcept
         // Exclusive: TIOCEXCL keeps out other opens (except root's); the
         // lock keeps out every other library user, root's too.
         if (usable && sys().flock(fd, LOCK_EX | LOCK_NB) != 0) usable = false;
+        // The writing descriptor is opened before TIOCEXCL would refuse it,
+        // non-blocking so that the open does not wait for a carrier.
+        int writeFd = -1;
+        if (usable) {
+            do {
+                writeFd = sys().open(path.c_str(), O_WRONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC, 0);
+            } while (writeFd < 0 && errno == EINTR);
+            usable = writeFd >= 0 && sys().fcntl(writeFd, F_SETFL, 0) == 0;
+        }
         if (usable) sys().ioctl(fd, TIOCEXCL, nullptr);
-        auto port = std::make_unique<PosixSerialPort>(fd);
-        if (!usable || !port->makeAbortPipe()) {
+        auto port = std::make_unique<PosixSerialPort>(fd, writeFd);
+        if (!usable || !port->watchDeadlines()) {
             const int error = errno;
             port.reset();
             errno = error;

@@ -1,27 +1,19 @@
-// The timer thread waits on a condition variable bound to the monotonic clock
-// with the earliest deadline as its absolute time-out: the same kind of sleep
-// as clock_nanosleep(TIMER_ABSTIME), and a new, earlier event wakes it at once.
+// The timer thread sleeps to the earliest pending event, and a new, earlier
+// event wakes it at once.
 #include "platform/posix/timer_thread.h"
 
 #include <pthread.h>
 
-#include <ctime>
-#include <new>
 #include <vector>
+
+#include "platform/posix/deadline.h"
+#include "platform/posix/waiting_thread.h"
 
 namespace tollan::platform::posix {
 
 namespace {
 
 constexpr int64_t kNanosPerMs = 1000000;
-constexpr int64_t kNanosPerSecond = 1000000000;
-
-int64_t monotonicNs() noexcept
-{
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<int64_t>(now.tv_sec) * kNanosPerSecond + now.tv_nsec;
-}
 
 struct PendingEvent {
     uint32_t id;
@@ -30,26 +22,20 @@ struct PendingEvent {
     TimerEventTarget *target;
 };
 
-class TimerThread {
+class TimerThread final : public WaitingThread {
 public:
-    TimerThread() noexcept { initCondition(); }
-
     uint32_t add(uint32_t delayMs, TimerEventTarget *target, bool periodic) noexcept
     {
         const int64_t delayNs = static_cast<int64_t>(delayMs) * kNanosPerMs;
         pthread_mutex_lock(&mutex_);
         const uint32_t id = unusedId();
         try {
-            events_.push_back(PendingEvent{id, monotonicNs() + delayNs, periodic ? delayNs : 0, target});
+            events_.push_back(PendingEvent{id, monotonicNowNs() + delayNs, periodic ? delayNs : 0, target});
         } catch (...) {
             pthread_mutex_unlock(&mutex_);
             return 0;
         }
-        if (running_) {
-            pthread_cond_signal(&changed_);
-        } else if (startThread()) {
-            running_ = true;
-        } else {
+        if (!wakeOrStart()) {
             events_.pop_back();
             pthread_mutex_unlock(&mutex_);
             return 0;
@@ -73,27 +59,7 @@ public:
         return found;
     }
 
-    void lockForFork() noexcept { pthread_mutex_lock(&mutex_); }
-    void unlockAfterFork() noexcept { pthread_mutex_unlock(&mutex_); }
-    void resetInChild() noexcept
-    {
-        events_.clear();
-        running_ = false;
-        pthread_cond_destroy(&changed_);
-        initCondition();
-        pthread_mutex_unlock(&mutex_);
-    }
-
 private:
-    void initCondition() noexcept
-    {
-        pthread_condattr_t attributes;
-        pthread_condattr_init(&attributes);
-        pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC);
-        pthread_cond_init(&changed_, &attributes);
-        pthread_condattr_destroy(&attributes);
-    }
-
     // Ids count up from 1, skipping 0 and the ids still pending.
     uint32_t unusedId() noexcept
     {
@@ -106,37 +72,17 @@ private:
         }
     }
 
-    bool startThread() noexcept
-    {
-        pthread_attr_t attributes;
-        pthread_attr_init(&attributes);
-        pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
-        pthread_t thread;
-        const bool started = pthread_create(&thread, &attributes, &TimerThread::main, this) == 0;
-        pthread_attr_destroy(&attributes);
-        return started;
-    }
-
-    static void *main(void *self) noexcept
-    {
-        static_cast<TimerThread *>(self)->run();
-        return nullptr;
-    }
-
     // Delivers events until none is pending. Targets are called without the
     // lock, so that they may add and remove events themselves.
-    void run() noexcept
+    void run() noexcept override
     {
-        pthread_mutex_lock(&mutex_);
         while (!events_.empty()) {
             PendingEvent *next = &events_.front();
             for (PendingEvent &event : events_)
                 if (event.dueNs < next->dueNs) next = &event;
-            const int64_t now = monotonicNs();
+            const int64_t now = monotonicNowNs();
             if (next->dueNs > now) {
-                const timespec deadline{static_cast<time_t>(next->dueNs / kNanosPerSecond),
-                                        static_cast<long>(next->dueNs % kNanosPerSecond)};
-                pthread_cond_timedwait(&changed_, &mutex_, &deadline);
+                sleepUntil(next->dueNs);
                 continue;
             }
             const PendingEvent due = *next;
@@ -152,65 +98,32 @@ private:
             due.target->fire(due.id, due.target->context);
             pthread_mutex_lock(&mutex_);
         }
-        running_ = false;
-        pthread_mutex_unlock(&mutex_);
     }
 
-    pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;
-    pthread_cond_t changed_;
+    // A child of fork() starts without pending events.
+    void forgetInChild() noexcept override { events_.clear(); }
+
     std::vector<PendingEvent> events_;
     uint32_t nextId_ = 1;
-    bool running_ = false;
 };
-
-TimerThread *instance = nullptr;
-
-// A child of fork() has no timer thread and starts without pending events;
-// the lock is held across the fork so that the child gets it whole.
-void beforeFork() noexcept
-{
-    instance->lockForFork();
-}
-
-void afterForkInParent() noexcept
-{
-    instance->unlockAfterFork();
-}
-
-void afterForkInChild() noexcept
-{
-    instance->resetInChild();
-}
-
-// Lives as long as the process: the detached thread may still be leaving
-// while static objects are destroyed.
-TimerThread *timerThread() noexcept
-{
-    static TimerThread *const made = [] {
-        instance = new (std::nothrow) TimerThread;
-        if (instance != nullptr) pthread_atfork(beforeFork, afterForkInParent, afterForkInChild);
-        return instance;
-    }();
-    return made;
-}
 
 }  // namespace
 
 uint32_t monotonicMs() noexcept
 {
-    return static_cast<uint32_t>(monotonicNs() / kNanosPerMs);
+    return static_cast<uint32_t>(monotonicNowNs() / kNanosPerMs);
 }
 
 uint32_t addTimerEvent(uint32_t delayMs, TimerEventTarget *target, bool periodic) noexcept
 {
-    TimerThread *thread = timerThread();
+    TimerThread *thread = processWide<TimerThread>();
     if (!thread || !target || !target->fire) return 0;
     return thread->add(delayMs, target, periodic);
 }
 
 bool removeTimerEvent(uint32_t eventId) noexcept
 {
-    TimerThread *thread = timerThread();
+    TimerThread *thread = processWide<TimerThread>();
     return thread && thread->remove(eventId);
 }
 

@@ -81,6 +81,7 @@ void emptyQueue(WriteThread &writer) noexcept
 {
     writer.bytesInQ = 0;
     writer.head = 0;
+    ++writer.timesEmptied;
 }
 
 // Drains the queue whenever it is woken, until told to stop. A chunk is
@@ -225,19 +226,37 @@ bool FlushAndAbortTransfer(ComPort &port, bool receiveToo) noexcept
 uint32_t QueueSomeBytes(ComPort &port, uint32_t count, const unsigned char *bytes) noexcept
 {
     WriteThread &writer = port.writeThread;
-    Hold hold(writer.lock);
-    const uint32_t n = std::min(count, writer.capacity - writer.bytesInQ);
-    if (n == 0) return 0;
-    writer.queueWasFull = n < count;
-    const uint32_t tail = (writer.head + writer.bytesInQ) % writer.capacity;
+    uint32_t n = 0;
+    uint32_t tail = 0;
+    uint32_t timesEmptied = 0;
+    unsigned char *queue = nullptr;
+    {
+        Hold hold(writer.lock);
+        n = std::min(count, writer.capacity - writer.bytesInQ);
+        if (n == 0) return 0;
+        tail = (writer.head + writer.bytesInQ) % writer.capacity;
+        timesEmptied = writer.timesEmptied;
+        queue = writer.queue.get();
+    }
+    // The room behind the queued bytes is this caller's alone, so it is
+    // filled without the lock, which the thread takes after every chunk:
+    // only the holder of the port adds to the queue (and flushes it), and
+    // the thread takes from the front.
     const uint32_t beforeWrap = std::min(n, writer.capacity - tail);
-    std::memcpy(writer.queue.get() + tail, bytes, beforeWrap);
-    std::memcpy(writer.queue.get(), bytes + beforeWrap, n - beforeWrap);
-    if (!(UINT_MAX - writer.bytesInQ >= n))
-        ZORAssert("UINT_MAX - portPtr->writeThread.bytesInQ >= writtenCnt", kLogModule, "QueueSomeBytes",
-                  __LINE__, "overflow");
-    writer.bytesInQ += n;
-    writer.ownerThreadId = platform::currentThreadId();
+    std::memcpy(queue + tail, bytes, beforeWrap);
+    std::memcpy(queue, bytes + beforeWrap, n - beforeWrap);
+    {
+        Hold hold(writer.lock);
+        // A failed write dropped the queue meanwhile: these bytes go with it.
+        if (writer.timesEmptied != timesEmptied) return n;
+        writer.queueWasFull = n < count;
+        if (!(UINT_MAX - writer.bytesInQ >= n))
+            ZORAssert("UINT_MAX - portPtr->writeThread.bytesInQ >= writtenCnt", kLogModule, "QueueSomeBytes",
+                      __LINE__, "overflow");
+        writer.bytesInQ += n;
+        writer.ownerThreadId = platform::currentThreadId();
+    }
+    // Woken once the lock is free, so that the thread does not wake only to wait for it.
     writer.wake->set();
     return n;
 }
@@ -253,25 +272,31 @@ uint32_t WriteOrQueue(ComPort &port, uint32_t count, const unsigned char *bytes,
     };
     uint32_t direct = 0;
     uint32_t beyondQueue = 0;
+    // Queued after the lock is let go (only this caller adds to the queue:
+    // it holds the port), so that waking the thread does not make it wait.
+    bool queueOnly = false;
     {
         Hold hold(writer.lock);
-        if (writer.bytesInQ != 0 || writer.writing || writer.stop.load())
-            return QueueSomeBytes(port, count, bytes);
+        queueOnly = writer.bytesInQ != 0 || writer.writing || writer.stop.load();
         beyondQueue = count > writer.capacity ? count - writer.capacity : 0;
-        if (beyondQueue == 0) {
+        if (queueOnly) {
+        } else if (beyondQueue == 0) {
             if (!writer.device->writeNow(bytes, count, &direct)) {
                 failed();
                 return 0;
             }
-            return direct + QueueSomeBytes(port, count - direct, bytes + direct);
+        } else {
+            // More than the queue holds: the caller would only wait for the
+            // thread to drain it piece by piece, so it writes what does not
+            // fit itself, as the thread would, and keeps the thread out
+            // meanwhile. (Flushes and closes need the port, which the caller
+            // holds.)
+            writer.writing = true;
+            ApplyWriteTimeout(port, std::max(waitMs, 1u));
         }
-        // More than the queue holds: the caller would only wait for the
-        // thread to drain it piece by piece, so it writes what does not fit
-        // itself, as the thread would, and keeps the thread out meanwhile.
-        // (Flushes and closes need the port, which the caller holds.)
-        writer.writing = true;
-        ApplyWriteTimeout(port, std::max(waitMs, 1u));
     }
+    if (queueOnly) return QueueSomeBytes(port, count, bytes);
+    if (beyondQueue == 0) return direct + QueueSomeBytes(port, count - direct, bytes + direct);
     const bool done = writer.device->write(bytes, beyondQueue, &direct);
     Hold hold(writer.lock);
     writer.writing = false;

@@ -141,39 +141,14 @@ char *putEntryText(DumpWriter &out, char *at, const ResourceEntry &entry, const 
     return putText(out, at, text);
 }
 
-// The id written last, as text. The ids of a dump rise, mostly by one
-// (released entries leave gaps): the next id is usually this text with its
-// last digit raised, which costs less than making the digits anew.
-class RecentId {
-public:
-    // Writes id at `at`, which has room for kLongestDecimal bytes; returns
-    // the end of its digits.
-    char *put(char *at, uint64_t id) noexcept
-    {
-        const uint64_t step = id - value_;
-        if (length_ != 0 && step <= static_cast<uint64_t>('9' - text_[length_ - 1]))
-            text_[length_ - 1] = static_cast<char>(text_[length_ - 1] + static_cast<char>(step));
-        else
-            length_ = static_cast<size_t>(putDecimal(text_, id) - text_);
-        value_ = id;
-        std::memcpy(at, text_, sizeof text_);
-        return at + length_;
-    }
-
-private:
-    uint64_t value_ = 0;
-    size_t length_ = 0;  // none yet
-    char text_[kLongestDecimal] = {};
-};
-
-char *putEntry(DumpWriter &out, char *at, RecentId &recentId, const ResourceEntry &entry) noexcept
+char *putEntry(DumpWriter &out, char *at, const ResourceEntry &entry) noexcept
 {
     // "<place> <id> (<type>) <description>", then one line per frame.
     at = putEntryText(out, at, entry, entry.fileName);
     at = put(at, ":");
     at = putPosition(at, entry.position);
     at = put(at, " ");
-    at = recentId.put(at, entry.id);
+    at = put(at, entry.id);
     at = put(at, " (");
     at = putEntryText(out, at, entry, entry.typeName);
     at = put(at, ") ");
@@ -247,7 +222,6 @@ bool writeDump(platform::NativeFile file, char *buffer, const ResourceTable &tab
                const void *const (&skipped)[2], bool countDisagrees, bool *agrees) noexcept
 {
     DumpWriter out(file, buffer);
-    RecentId recentId;
     char *at = out.start();
     if (countDisagrees) {
         at = putText(out, at, kModule);
@@ -255,8 +229,7 @@ bool writeDump(platform::NativeFile file, char *buffer, const ResourceTable &tab
         at = put(at, kCountErrorLine);
         at = putText(out, at, ":error: gCdbSynchronize->resources.numEntries != LNumItems (list)\n");
     }
-    *agrees = visitListed(table, skipped,
-                          [&](const ResourceEntry &entry) { at = putEntry(out, at, recentId, entry); });
+    *agrees = visitListed(table, skipped, [&](const ResourceEntry &entry) { at = putEntry(out, at, entry); });
     out.drain(at);
     return platform::closeFile(file) == platform::FileError::none && !out.failed();
 }

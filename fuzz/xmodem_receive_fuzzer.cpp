@@ -48,6 +48,7 @@
 #include <poll.h>
 #include <pty.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -589,10 +590,22 @@ ssize_t fuzzRead(int fd, void *buffer, size_t count)
     return got;
 }
 
+// The library writes to the line through a descriptor of its own: any
+// descriptor of the terminal's device.
+bool writesToTerminal(int fd)
+{
+    if (isTerminal(fd)) return true;
+    if (!line.active.load(std::memory_order_acquire)) return false;
+    struct stat written {
+    }, terminal{};
+    return ::fstat(fd, &written) == 0 && ::fstat(line.terminal.load(), &terminal) == 0 &&
+           S_ISCHR(written.st_mode) && written.st_rdev == terminal.st_rdev;
+}
+
 ssize_t fuzzWrite(int fd, const void *buffer, size_t count)
 {
     const ssize_t written = realCalls->write(fd, buffer, count);
-    if (isTerminal(fd))
+    if (writesToTerminal(fd))
         for (ssize_t i = 0; i < written; ++i) {
             line.record.push_back({Event::kAnswer, static_cast<const uint8_t *>(buffer)[i]});
             ++line.answers;

@@ -90,7 +90,7 @@ void BM_Read(benchmark::State &state)
         if (way == kPlain) {
             const tollan::platform::NativeFile file = openPlain(path, false);
             uint32_t got = 0;
-            while (tollan::platform::readFile(file, buffer.data(), kChunk, &got) == 0 && got > 0)
+            while (tollan::platform::readFile(file, buffer.data(), kChunk, &got) == tollan::platform::FileError::none && got > 0)
                 benchmark::DoNotOptimize(buffer.data());
             tollan::platform::closeFile(file);
         } else {

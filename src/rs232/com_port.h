@@ -48,9 +48,6 @@ struct WriteThread {
     bool synchronous = false;
     uint32_t head = 0;
     uint32_t bytesInQ = 0;
-    // Counts the times the queue was dropped, so that bytes copied behind
-    // it without the lock are not added to a queue that started again.
-    uint32_t timesEmptied = 0;
     double msPerCharacter = 0.0;
     std::atomic<bool> stop{false};
     // Read without the lock by ReturnRS232Err's scan.

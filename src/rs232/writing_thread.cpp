@@ -81,7 +81,6 @@ void emptyQueue(WriteThread &writer) noexcept
 {
     writer.bytesInQ = 0;
     writer.head = 0;
-    ++writer.timesEmptied;
 }
 
 // Drains the queue whenever it is woken, until told to stop. A chunk is
@@ -227,29 +226,15 @@ uint32_t QueueSomeBytes(ComPort &port, uint32_t count, const unsigned char *byte
 {
     WriteThread &writer = port.writeThread;
     uint32_t n = 0;
-    uint32_t tail = 0;
-    uint32_t timesEmptied = 0;
-    unsigned char *queue = nullptr;
     {
         Hold hold(writer.lock);
         n = std::min(count, writer.capacity - writer.bytesInQ);
         if (n == 0) return 0;
-        tail = (writer.head + writer.bytesInQ) % writer.capacity;
-        timesEmptied = writer.timesEmptied;
-        queue = writer.queue.get();
-    }
-    // The room behind the queued bytes is this caller's alone, so it is
-    // filled without the lock, which the thread takes after every chunk:
-    // only the holder of the port adds to the queue (and flushes it), and
-    // the thread takes from the front.
-    const uint32_t beforeWrap = std::min(n, writer.capacity - tail);
-    std::memcpy(queue + tail, bytes, beforeWrap);
-    std::memcpy(queue, bytes + beforeWrap, n - beforeWrap);
-    {
-        Hold hold(writer.lock);
-        // A failed write dropped the queue meanwhile: these bytes go with it.
-        if (writer.timesEmptied != timesEmptied) return n;
         writer.queueWasFull = n < count;
+        const uint32_t tail = (writer.head + writer.bytesInQ) % writer.capacity;
+        const uint32_t beforeWrap = std::min(n, writer.capacity - tail);
+        std::memcpy(writer.queue.get() + tail, bytes, beforeWrap);
+        std::memcpy(writer.queue.get(), bytes + beforeWrap, n - beforeWrap);
         if (!(UINT_MAX - writer.bytesInQ >= n))
             ZORAssert("UINT_MAX - portPtr->writeThread.bytesInQ >= writtenCnt", kLogModule, "QueueSomeBytes",
                       __LINE__, "overflow");
